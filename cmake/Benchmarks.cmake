@@ -1,0 +1,12 @@
+# One program that measures our structures and, in the same run, their peers.
+find_package(benchmark REQUIRED)
+find_package(Boost 1.81 REQUIRED)
+find_package(absl REQUIRED)
+
+file(GLOB sources CONFIGURE_DEPENDS bench/*.cpp)
+if(sources)
+  add_executable(topolib_bench ${sources})
+  topolib_compile_options(topolib_bench)
+  target_link_libraries(topolib_bench PRIVATE
+    TopoLib::TopoLib benchmark::benchmark Boost::headers absl::flat_hash_map)
+endif()

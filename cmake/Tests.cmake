@@ -1,0 +1,50 @@
+# One GoogleTest program per folder of tests/ that mirrors a folder of the tree, and the tests of
+# what is installed.
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+# What the test programs share: main() and the helpers of tests/support.
+file(GLOB support_sources CONFIGURE_DEPENDS tests/support/*.cpp)
+if(support_sources)
+  add_library(test_support STATIC ${support_sources})
+  topolib_compile_options(test_support)
+  target_link_libraries(test_support PUBLIC TopoLib::TopoLib GTest::gtest)
+else()
+  add_library(test_support INTERFACE)
+  target_link_libraries(test_support INTERFACE TopoLib::TopoLib GTest::gtest_main)
+endif()
+
+# Each program runs under two hash seeds: what depends on the order of a hash shows.
+function(topolib_add_test_program folder)
+  file(GLOB sources CONFIGURE_DEPENDS tests/${folder}/*Test.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  set(program ${folder}_test)
+  add_executable(${program} ${sources})
+  topolib_compile_options(${program})
+  target_link_libraries(${program} PRIVATE test_support)
+  if(TOPOLIB_COVERAGE)
+    target_sources(${program} PRIVATE tests/coverage/DumpOnAbort.cpp)
+  endif()
+  gtest_discover_tests(${program} TEST_PREFIX ${folder}.
+    DISCOVERY_MODE PRE_TEST
+    PROPERTIES LABELS ${folder} TIMEOUT 300)
+  gtest_discover_tests(${program} TEST_PREFIX ${folder}. TEST_SUFFIX .seed2
+    DISCOVERY_MODE PRE_TEST
+    PROPERTIES LABELS ${folder} TIMEOUT 300 ENVIRONMENT TOPOLIB_TEST_HASH_SEED=2654435769)
+endfunction()
+
+foreach(folder IN ITEMS mox kestrel quill bridging interface topolib)
+  topolib_add_test_program(${folder})
+endforeach()
+
+# The README shows a program and its output: both are the files that are built and tested.
+if(EXISTS ${PROJECT_SOURCE_DIR}/README.md)
+  add_test(NAME readme.listing COMMAND ${CMAKE_COMMAND}
+    -D SOURCE_DIR=${PROJECT_SOURCE_DIR} -P ${PROJECT_SOURCE_DIR}/tests/cmake/readme.cmake)
+endif()
+
+if(TOPOLIB_TEST_PACKAGE)
+  include(cmake/PackageTests.cmake)
+endif()

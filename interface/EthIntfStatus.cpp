@@ -1,0 +1,15 @@
+#include "interface/EthIntfStatus.h"
+
+namespace Interface {
+
+EthIntfStatus::EthIntfStatus(Quill::IntfId intf) noexcept : intfId_(intf) {}
+EthIntfStatus::~EthIntfStatus() = default;
+
+EthIntfStatusDir::EthIntfStatusDir(Mox::String name) noexcept : NamedEntity(std::move(name)) {}
+EthIntfStatusDir::~EthIntfStatusDir() = default;
+
+Mox::Ptr<EthIntfStatusDir> ethIntfStatusDirFactory(const Mox::String& name) {
+  return Mox::makePtr<EthIntfStatusDir>(name);
+}
+
+}  // namespace Interface

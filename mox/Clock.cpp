@@ -1,0 +1,78 @@
+#include "mox/Clock.h"
+
+#include <cmath>
+#include <limits>
+
+#include "mox/Exception.h"
+
+namespace Mox {
+
+Clock::Clock() noexcept = default;
+
+Clock::~Clock() {
+  for (const Armed& armed : armed_) armed.reactor->isQueued_ = false;
+}
+
+double Clock::nextDue() const noexcept {
+  return armed_.empty() ? std::numeric_limits<double>::infinity() : armed_.begin()->time;
+}
+
+std::size_t Clock::dispatch(double now) {
+  const Ptr<Clock> self(this);
+  const std::uint64_t roundEnd = nextOrder_;
+  std::size_t called = 0;
+  Armed position{-std::numeric_limits<double>::infinity(), 0, nullptr};
+  for (;;) {
+    // Handlers arm, disarm and destroy reactors, so each step finds its place afresh.
+    auto next = armed_.upper_bound(position);
+    while (next != armed_.end() && next->time <= now && next->order >= roundEnd) ++next;
+    if (next == armed_.end() || !(next->time <= now)) return called;
+    position = *next;
+    position.reactor->dequeue();
+    position.reactor->isArmed_ = false;
+    ++called;
+    position.reactor->onTimeMin();
+  }
+}
+
+Clock::NotifieeConst::~NotifieeConst() { Clock::NotifieeConst::isRegisteredNotifieeIs(false); }
+
+void Clock::NotifieeConst::timeMinIs(double seconds) {
+  if (std::isnan(seconds) || seconds == -std::numeric_limits<double>::infinity()) {
+    throwRangeException("Clock::timeMin must be a time in seconds");
+  }
+  const bool isTime = !std::isinf(seconds);
+  if (isTime && isArmed_ && seconds == timeMin_) return;
+  dequeue();
+  timeMin_ = seconds;
+  isArmed_ = isTime;
+  enqueue();
+}
+
+void Clock::NotifieeConst::hasNotificationActiveIs(bool active) {
+  dequeue();
+  PtrInterface::NotifieeConst::hasNotificationActiveIs(active);
+  enqueue();
+}
+
+void Clock::NotifieeConst::isRegisteredNotifieeIs(bool registered) {
+  dequeue();
+  PtrInterface::NotifieeConst::isRegisteredNotifieeIs(registered);
+  enqueue();
+}
+
+void Clock::NotifieeConst::enqueue() {
+  if (!isArmed_ || !isRegisteredNotifiee() || !hasNotificationActive()) return;
+  const auto& clock = static_cast<const Clock&>(*notifier());
+  order_ = clock.nextOrder_++;
+  clock.armed_.insert({timeMin_, order_, this});
+  isQueued_ = true;
+}
+
+void Clock::NotifieeConst::dequeue() noexcept {
+  if (!isQueued_) return;
+  static_cast<const Clock&>(*notifier()).armed_.erase({timeMin_, order_, this});
+  isQueued_ = false;
+}
+
+}  // namespace Mox

@@ -1,0 +1,18 @@
+#include "mox/Hash.h"
+
+namespace Mox {
+
+namespace {
+std::uint32_t processSeed32 = 0x5EED'0001;
+}
+
+constinit HashSeed detail::processSeed{0x5EED'0001};
+
+std::uint32_t hashSeed32() noexcept { return processSeed32; }
+
+void hashSeed32Is(std::uint32_t seed) noexcept {
+  processSeed32 = seed;
+  detail::processSeed = HashSeed(seed);
+}
+
+}  // namespace Mox

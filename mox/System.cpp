@@ -1,0 +1,82 @@
+#include "mox/System.h"
+
+#include <algorithm>
+#include <cmath>
+#include <ctime>
+
+#include "mox/Exception.h"
+
+namespace Mox {
+
+namespace {
+
+double read(clockid_t clock) {
+  std::timespec now{};
+  clock_gettime(clock, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+class RealTime final : public TimeSource {
+ public:
+  double currentTime() override { return read(CLOCK_MONOTONIC); }
+  double presentTime() const override { return read(CLOCK_MONOTONIC); }
+  double coarseTime() const override { return read(CLOCK_MONOTONIC_COARSE); }
+  void waitUntil(double t) override {
+    // In steps, since a far time does not fit a timespec, and until the time is there, since signals cut sleeps short.
+    constexpr double longest = 3600.0;
+    for (double left = t - currentTime(); left > 0; left = t - currentTime()) {
+      const double step = std::min(left, longest);
+      const auto seconds = static_cast<std::time_t>(step);
+      const std::timespec wait{seconds, static_cast<long>((step - static_cast<double>(seconds)) * 1e9)};
+      nanosleep(&wait, nullptr);
+    }
+  }
+};
+
+Ptr<TimeSource>& source() {
+  // Never destroyed: destructors of other static objects may still read the time.
+  static auto& instance = *new Ptr<TimeSource>(makePtr<RealTime>());
+  return instance;
+}
+
+void requireDuration(double seconds, const char* what) {
+  if (!(seconds >= 0.0) || std::isinf(seconds)) throwRangeException(what);
+}
+
+}  // namespace
+
+TimeSource::~TimeSource() = default;
+
+VirtualTime::~VirtualTime() = default;
+
+double VirtualTime::currentTime() {
+  const double now = now_;
+  now_ += tick_;
+  return now;
+}
+
+void VirtualTime::waitUntil(double t) { now_ = std::max(now_, t); }
+
+void VirtualTime::advance(double seconds) {
+  requireDuration(seconds, "VirtualTime::advance < 0 not allowed");
+  now_ += seconds;
+}
+
+void VirtualTime::tickIs(double seconds) {
+  requireDuration(seconds, "VirtualTime::tick < 0 not allowed");
+  tick_ = seconds;
+}
+
+double System::currentTime() { return source()->currentTime(); }
+
+double System::presentTime() { return source()->presentTime(); }
+
+double System::coarseTime() { return source()->coarseTime(); }
+
+TimeSource& System::timeSource() { return *source(); }
+
+void System::timeSourceIs(const Ptr<TimeSource>& newSource) {
+  source() = newSource ? newSource : Ptr<TimeSource>(makePtr<RealTime>());
+}
+
+}  // namespace Mox

@@ -1,0 +1,11 @@
+# Sets <libraries> to the installed shared libraries, each once, without the links to them.
+file(GLOB candidates ${WORK_DIR}/moved/${LIBDIR}/*.so*)
+set(libraries "")
+foreach(candidate IN LISTS candidates)
+  if(NOT IS_SYMLINK ${candidate})
+    list(APPEND libraries ${candidate})
+  endif()
+endforeach()
+if(NOT libraries)
+  message(FATAL_ERROR "no shared library is installed in ${LIBDIR}")
+endif()

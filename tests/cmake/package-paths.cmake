@@ -1,0 +1,17 @@
+# Nothing that is installed knows a path of the machine that built it.
+cmake_minimum_required(VERSION 3.25)
+
+file(GLOB_RECURSE files LIST_DIRECTORIES FALSE ${WORK_DIR}/moved/*)
+foreach(file IN LISTS files)
+  if(IS_SYMLINK ${file})
+    continue()
+  endif()
+  file(STRINGS ${file} lines)
+  string(FIND "${lines}" "${SOURCE_DIR}" position)
+  if(NOT position EQUAL -1)
+    message(SEND_ERROR "${file} contains the path ${SOURCE_DIR}")
+  endif()
+endforeach()
+if(NOT files)
+  message(SEND_ERROR "nothing is installed")
+endif()

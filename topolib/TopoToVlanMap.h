@@ -1,0 +1,56 @@
+// Which VLANs are registered with each topology: the library's own record of where it has put a VLAN, as opposed to where
+// the configuration wants it.
+//
+//   auto map = Topology::Library::topoToVlanMapFactory("topoToVlanMap");
+//   map->mappedVlanIs("A")->vlanIs(10, true);
+//   if (const auto* mapped = map->mappedVlan("A"); mapped != nullptr && mapped->vlan(10)) ...
+
+#pragma once
+
+#include "bridging/VlanId.h"
+#include "mox/Entity.h"
+#include "mox/Public.h"
+
+namespace Topology::Library {
+
+/// The VLANs of one topology.
+class MOX_PUBLIC MappedVlan : public Mox::NamedEntity {
+ public:
+  static constexpr Mox::CollectionAttribute<Bridging::VlanId> vlanAttr{0, "vlan"};
+
+  explicit MappedVlan(Mox::String name) noexcept;
+  ~MappedVlan() override;
+
+  /// vlan[vid]: a VLAN is registered while its key is present, whatever the value.
+  [[nodiscard]] const auto& vlan() const noexcept { return vlan_; }
+  [[nodiscard]] const bool* vlan(Bridging::VlanId vid) const noexcept { return vlan_.find(vid); }
+  void vlanIs(Bridging::VlanId vid, bool v) { valueIs(vlan_, vlanAttr, vid, v); }
+  void vlanDel(Bridging::VlanId vid) { valueDel(vlan_, vlanAttr, vid); }
+  void vlanDelAll() { valueDelAll(vlan_, vlanAttr); }
+
+ private:
+  Mox::ValueCollection<Bridging::VlanId, bool> vlan_;
+};
+
+class MOX_PUBLIC TopoToVlanMap : public Mox::NamedEntity {
+ public:
+  static constexpr Mox::CollectionAttribute<Mox::String> mappedVlanAttr{0, "mappedVlan"};
+
+  explicit TopoToVlanMap(Mox::String name) noexcept;
+  ~TopoToVlanMap() override;
+
+  /// mappedVlan[topology name]
+  [[nodiscard]] const auto& mappedVlan() const noexcept { return mappedVlan_; }
+  [[nodiscard]] const MappedVlan* mappedVlan(const Mox::String& name) const noexcept { return mappedVlan_.find(name); }
+  [[nodiscard]] MappedVlan* mappedVlan(const Mox::String& name) noexcept { return mappedVlan_.find(name); }
+  Mox::Ptr<MappedVlan> mappedVlanIs(const Mox::String& name) { return memberIs(mappedVlan_, mappedVlanAttr, name); }
+  void mappedVlanDel(const Mox::String& name) { memberDel(mappedVlan_, mappedVlanAttr, name); }
+  void mappedVlanDelAll() { memberDelAll(mappedVlan_, mappedVlanAttr); }
+
+ private:
+  Mox::EntityCollection<Mox::String, MappedVlan> mappedVlan_;
+};
+
+[[nodiscard]] MOX_PUBLIC Mox::Ptr<TopoToVlanMap> topoToVlanMapFactory(const Mox::String& name);
+
+}  // namespace Topology::Library

@@ -1,0 +1,10 @@
+#include "topolib/VlanToVlanSet.h"
+
+namespace Topology::Library {
+
+VlanToVlanSet::VlanToVlanSet(Bridging::VlanId vid) noexcept : vlanId_(vid) {}
+VlanToVlanSet::~VlanToVlanSet() = default;
+
+Mox::Ptr<VlanToVlanSet> vlanToVlanSetFactory(Bridging::VlanId vid) { return Mox::makePtr<VlanToVlanSet>(vid); }
+
+}  // namespace Topology::Library
