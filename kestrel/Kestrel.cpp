@@ -20,6 +20,11 @@ std::vector<const MsgDesc*>& sites() {
   return instance;
 }
 
+[[nodiscard]] const MsgDesc& siteOf(std::uint64_t id) {
+  static constexpr MsgDesc unknown("", 0, "(call site not registered for lack of memory)");
+  return id == 0 ? unknown : *sites()[id - 1];
+}
+
 /// Owns what `traceFile` returns.
 std::unique_ptr<TraceFile>& owner() {
   static auto& instance = *new std::unique_ptr<TraceFile>;
@@ -30,9 +35,13 @@ std::unique_ptr<TraceFile>& owner() {
 
 constinit TraceFile* detail::traceFilePointer = nullptr;
 
-void MsgDesc::registerOnce() {
-  sites().push_back(this);
-  id_ = static_cast<std::uint32_t>(sites().size());
+void MsgDesc::registerOnce() noexcept {
+  try {
+    sites().push_back(this);
+    id_ = static_cast<std::uint32_t>(sites().size());
+  } catch (const std::bad_alloc&) {
+    return;  // The next message tries again.
+  }
 }
 
 void traceFileIs(std::size_t bytes) {
@@ -51,50 +60,6 @@ TraceFile::TraceFile(std::size_t bytes)
 
 TraceFile::~TraceFile() = default;
 
-void TraceFile::makeRoom(Word words) noexcept {
-  while (write_ + words - oldest_ > mask_ + 1) oldest_ += lengthOf(at(oldest_));
-}
-
-void TraceFile::startMsg(MsgDesc& site) noexcept {
-  site_ = site.id();
-  kinds_ = 0;
-  arguments_ = 0;
-  write_ = end_;
-  makeRoom(headerWords);
-  write_ += headerWords;
-}
-
-bool TraceFile::addKind(Kind kind, Word words) noexcept {
-  if (arguments_ == maxArguments) return false;
-  makeRoom(words);
-  kinds_ |= static_cast<Word>(kind) << (arguments_ * kindBits);
-  ++arguments_;
-  return true;
-}
-
-void TraceFile::arg(double value) noexcept { put(Kind::real, std::bit_cast<Word>(value)); }
-
-void TraceFile::arg(std::string_view text) noexcept {
-  text = text.substr(0, maxText);
-  if (!addKind(Kind::text, 1 + (text.size() + sizeof(Word) - 1) / sizeof(Word))) return;
-  putWord(text.size());
-  while (!text.empty()) {
-    Word word = 0;
-    const std::size_t n = std::min(text.size(), sizeof word);
-    std::memcpy(&word, text.data(), n);
-    putWord(word);
-    text.remove_prefix(n);
-  }
-}
-
-void TraceFile::endMsg() noexcept {
-  at(end_) = site_ | (write_ - end_) << 32 | arguments_ << 48;
-  at(end_ + 1) = std::bit_cast<Word>(Mox::System::coarseTime());
-  at(end_ + 2) = kinds_;
-  end_ = write_;
-  ++appended_;
-}
-
 /// Reads one message.
 class TraceFile::Reader {
  public:
@@ -107,7 +72,7 @@ class TraceFile::Reader {
         position_(position + headerWords) {}
 
   [[nodiscard]] Message message(std::uint64_t number) {
-    const MsgDesc& site = *sites()[(header_ & 0xFFFF'FFFF) - 1];
+    const MsgDesc& site = siteOf(header_ & 0xFFFF'FFFF);
     return {number, time_, site.file(), site.line(), text(site.format())};
   }
 
@@ -126,6 +91,7 @@ class TraceFile::Reader {
   }
 
   std::string argument() {
+    using Kind = detail::ArgumentKind;
     const auto kind = static_cast<Kind>(kinds_ & ((1U << kindBits) - 1));
     kinds_ >>= kindBits;
     --left_;
@@ -144,7 +110,7 @@ class TraceFile::Reader {
       case Kind::text:
         return text(word);
       case Kind::coded:
-        return reinterpret_cast<Decoder>(word)(file_.at(position_++));
+        return reinterpret_cast<detail::Decoder>(word)(file_.at(position_++));
     }
     return {};
   }

@@ -61,6 +61,8 @@ void Clock::NotifieeConst::isRegisteredNotifieeIs(bool registered) {
   enqueue();
 }
 
+void Clock::NotifieeConst::onAttribute(AttributeId /*id*/, const void* /*key*/) {}
+
 void Clock::NotifieeConst::enqueue() {
   if (!isArmed_ || !isRegisteredNotifiee() || !hasNotificationActive()) return;
   const auto& clock = static_cast<const Clock&>(*notifier());

@@ -79,6 +79,9 @@ class MOX_PUBLIC Clock::NotifieeConst : public PtrInterface::NotifieeConst {
   void hasNotificationActiveIs(bool active) override;
   void isRegisteredNotifieeIs(bool registered) override;
 
+  /// A clock has no attributes that change.
+  void onAttribute(AttributeId id, const void* key) override;
+
   /// Called when the time has come. The reactor is disarmed already and may arm itself again.
   virtual void onTimeMin() = 0;
 

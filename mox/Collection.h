@@ -114,7 +114,7 @@ class EntityCollection {
 
     [[nodiscard]] explicit operator bool() const noexcept { return static_cast<bool>(at_); }
     [[nodiscard]] friend bool operator==(const Iterator& i, std::default_sentinel_t) noexcept { return !i; }
-    [[nodiscard]] const K& key() const noexcept { return at_.key(); }
+    [[nodiscard]] KeyView<K> key() const noexcept { return at_.key(); }
     [[nodiscard]] const T& value() const noexcept { return *at_.value(); }
     [[nodiscard]] Member<K, const T> operator*() const noexcept { return {key(), value()}; }
     [[nodiscard]] bool currNodeMaybeStale() const noexcept { return at_.currNodeMaybeStale(); }

@@ -30,6 +30,7 @@
 #include <iterator>
 #include <new>
 #include <optional>
+#include <type_traits>
 #include <utility>
 
 #include "mox/Hash.h"
@@ -57,7 +58,7 @@ class HashMap {
         end_(std::exchange(other.end_, 0)),
         size_(std::exchange(other.size_, 0)),
         version_(other.version_++),
-        bucketBits_(other.bucketBits_) {}
+        shift_(other.shift_) {}
   HashMap& operator=(HashMap&&) = delete;
   ~HashMap() { clear(); }
 
@@ -142,19 +143,20 @@ class HashMap {
  private:
   // The places are [0, end_); the slot at end_ is always free and stops the walks. There are more places than buckets,
   // so that the last runs have somewhere to go.
-  static constexpr std::uint32_t minBucketBits = 2;
+  static constexpr std::uint32_t minBucketBits = 3;
 
   [[nodiscard]] static std::uint64_t hashOf(const K& key) noexcept {
     const std::uint64_t hash = Seed::value().hash(Traits::toBits(key));
     if constexpr (Traits::isBijective) return hash;
     return hash == detail::freeHash ? detail::freeHash - 1 : hash;
   }
-  [[nodiscard]] static std::size_t bucketOf(std::uint64_t hash, std::uint32_t bits) noexcept {
-    return static_cast<std::size_t>(hash >> (64 - bits));
+  [[nodiscard]] std::size_t bucketOf(std::uint64_t hash) const noexcept { return hash >> shift_; }
+  [[nodiscard]] std::uint32_t bucketBits() const noexcept { return 64 - shift_; }
+  [[nodiscard]] std::size_t limit() const noexcept { return limit(bucketBits()); }
+  /// How many members that many buckets take: three quarters; a small table is filled, since its runs stay short.
+  [[nodiscard]] static std::size_t limit(std::uint32_t bits) noexcept {
+    return bits <= minBucketBits ? std::size_t{1} << bits : (std::size_t{3} << bits) / 4;
   }
-  [[nodiscard]] std::size_t bucketOf(std::uint64_t hash) const noexcept { return bucketOf(hash, bucketBits_); }
-  [[nodiscard]] std::size_t limit() const noexcept { return limit(bucketBits_); }
-  [[nodiscard]] static std::size_t limit(std::uint32_t bits) noexcept { return (std::size_t{3} << bits) / 4; }
 
   [[nodiscard]] static std::size_t words(std::size_t end) noexcept { return end / 64 + 1; }
   [[nodiscard]] static std::size_t bytes(std::size_t end) noexcept {
@@ -217,37 +219,40 @@ class HashMap {
     if (slots_ == nullptr) {
       rebuild(minBucketBits, 0);
     } else if (size_ >= limit()) {
-      rebuild(bucketBits_ + 1, 0);
+      // With more buckets the members reach no further behind the last one than they do now.
+      rebuild(bucketBits() + 1, room());
     } else {
       // A run has reached the end before the table is full: the last buckets are crowded and get more room.
-      rebuild(bucketBits_, (end_ - (std::size_t{1} << bucketBits_)) * 2);
+      rebuild(bucketBits(), 2 * room());
     }
   }
 
   void shrinkIfSparse() noexcept {
     if (size_ == 0) {
       clear();
-    } else if (bucketBits_ > minBucketBits && size_ < limit() / 8) {
+    } else if (bucketBits() > minBucketBits && size_ < limit() / 8) {
       try {
-        rebuild(bucketBits_ - 2 < minBucketBits ? minBucketBits : bucketBits_ - 2, 0);
+        // Wherever their buckets are, the members need no more room than one place each.
+        rebuild(std::max(minBucketBits, bucketBits() - 2), size_);
       } catch (const std::bad_alloc&) {
         return;  // The large table serves as well.
       }
     }
   }
 
-  /// Moves all members into a table of this many buckets, with at least `room` places behind the last bucket.
+  /// The places behind the last bucket.
+  [[nodiscard]] std::size_t room() const noexcept { return end_ - (std::size_t{1} << bucketBits()); }
+
+  /// Moves all members into a table of this many buckets, with at least `room` places behind the last one.
   void rebuild(std::uint32_t bits, std::size_t room) {
     const std::size_t buckets = std::size_t{1} << bits;
-    // Without a bound, since members may crowd in the last buckets whatever the hash: as many places as it takes.
-    room = std::max(room, std::max<std::size_t>(3, buckets / 16)) + crowd(bits);
-    const std::size_t newEnd = buckets + room;
+    const std::size_t newEnd = buckets + std::max({room, std::size_t{3}, buckets / 16});
     auto* const newSlots = static_cast<Slot*>(::operator new(bytes(newEnd)));
     auto* const newBitmap = reinterpret_cast<std::uint64_t*>(newSlots + newEnd + 1);
     std::fill_n(newBitmap, words(newEnd), 0);
     std::size_t next = 0;
     for (std::size_t i = occupiedFrom(0); i < end_; i = occupiedFrom(i + 1)) {
-      const std::size_t bucket = bucketOf(slots_[i].hash(), bits);
+      const std::size_t bucket = slots_[i].hash() >> (64 - bits);
       while (next < bucket) newSlots[next++].setFree();
       detail::relocate(newSlots + next, slots_ + i, 1);
       newBitmap[next / 64] |= std::uint64_t{1} << (next % 64);
@@ -256,25 +261,15 @@ class HashMap {
     while (next <= newEnd) newSlots[next++].setFree();
     ::operator delete(std::exchange(slots_, newSlots));
     end_ = static_cast<std::uint32_t>(newEnd);
-    bucketBits_ = bits;
+    shift_ = 64 - bits;
     ++version_;
-  }
-
-  /// How far the members would reach behind the last of that many buckets.
-  [[nodiscard]] std::size_t crowd(std::uint32_t bits) const noexcept {
-    std::size_t next = 0;
-    for (std::size_t i = occupiedFrom(0); i < end_; i = occupiedFrom(i + 1)) {
-      next = std::max(next, bucketOf(slots_[i].hash(), bits)) + 1;
-    }
-    const std::size_t buckets = std::size_t{1} << bits;
-    return next > buckets ? next - buckets : 0;
   }
 
   Slot* slots_ = nullptr;
   std::uint32_t end_ = 0;
   std::uint32_t size_ = 0;
   std::uint32_t version_ = 0;
-  std::uint32_t bucketBits_ = minBucketBits;
+  std::uint32_t shift_ = 64 - minBucketBits;
 };
 
 /// A position in a pass: a key, with the place where it was last found.
@@ -284,13 +279,13 @@ class HashMap<K, V, Seed>::Iterator {
   using value_type = Member<K, const V>;
   using difference_type = std::ptrdiff_t;
 
-  [[nodiscard]] explicit operator bool() const noexcept { return key_.has_value(); }
+  [[nodiscard]] explicit operator bool() const noexcept { return slot_ != nullptr; }
   [[nodiscard]] friend bool operator==(const Iterator& i, std::default_sentinel_t) noexcept { return !i; }
 
-  [[nodiscard]] const K& key() const noexcept { return *key_; }
+  [[nodiscard]] KeyView<K> key() const noexcept { return key_.key(); }
   /// The member's value; only while `currNodeMaybeStale()` is false.
-  [[nodiscard]] const V& value() const noexcept { return *map_->slots_[place_].value(); }
-  [[nodiscard]] Member<K, const V> operator*() const noexcept { return {*key_, value()}; }
+  [[nodiscard]] const V& value() const noexcept { return *slot_->value(); }
+  [[nodiscard]] Member<K, const V> operator*() const noexcept { return {key(), value()}; }
 
   /// True when the map has changed since the iterator came here, so that the member may be gone.
   [[nodiscard]] bool currNodeMaybeStale() const noexcept { return version_ != map_->version_; }
@@ -298,9 +293,9 @@ class HashMap<K, V, Seed>::Iterator {
   /// Goes on to the next member in the order of the pass, as the map is now.
   void advance() noexcept {
     if (currNodeMaybeStale()) [[unlikely]] {
-      settle(map_->placeAfter(*key_));
+      start(map_->placeAfter(key_.key()));
     } else {
-      settle(place_ + 1);
+      next();
     }
   }
   Iterator& operator++() noexcept {
@@ -312,23 +307,59 @@ class HashMap<K, V, Seed>::Iterator {
  private:
   friend HashMap;
 
-  Iterator(const HashMap& map, std::size_t place) noexcept : map_(&map) { settle(place); }
+  Iterator(const HashMap& map, std::size_t place) noexcept : map_(&map) { start(place); }
 
-  void settle(std::size_t place) noexcept {
+  /// Comes to the first member at or after this place.
+  void start(std::size_t place) noexcept {
     version_ = map_->version_;
-    place_ = map_->occupiedFrom(place);
-    if (place_ == map_->end_) {
-      key_.reset();
-    } else if constexpr (Traits::isBijective) {
-      key_ = Traits::fromBits(Seed::value().bits(map_->slots_[place_].hash()));
-    } else {
-      key_ = map_->slots_[place_].key();
+    word_ = place / 64;
+    rest_ = 0;
+    if (map_->slots_ != nullptr && place < map_->end_) {
+      rest_ = map_->bitmap()[word_] & (~std::uint64_t{0} << (place % 64));
     }
+    next();
   }
 
+  /// Comes to the next member that `rest_` or a later word of the bitmap tells.
+  void next() noexcept {
+    if (rest_ == 0) {
+      const std::size_t words = map_->slots_ == nullptr ? 0 : HashMap::words(map_->end_);
+      do {
+        if (++word_ >= words) {
+          slot_ = nullptr;
+          return;
+        }
+        rest_ = map_->bitmap()[word_];
+      } while (rest_ == 0);
+    }
+    slot_ = map_->slots_ + word_ * 64 + static_cast<std::size_t>(std::countr_zero(rest_));
+    rest_ &= rest_ - 1;
+    key_.keyIs(*slot_);
+  }
+
+  /// The key, as a hash where that tells it, so that a pass that does not ask for keys does not compute them.
+  class BijectiveKey {
+   public:
+    [[nodiscard]] K key() const noexcept { return Traits::fromBits(Seed::value().bits(hash_)); }
+    void keyIs(const Slot& slot) noexcept { hash_ = slot.hash(); }
+
+   private:
+    std::uint64_t hash_ = 0;
+  };
+  class CopiedKey {
+   public:
+    [[nodiscard]] const K& key() const noexcept { return *key_; }
+    void keyIs(const Slot& slot) noexcept { key_ = slot.key(); }
+
+   private:
+    std::optional<K> key_;
+  };
+
   const HashMap* map_;
-  std::size_t place_ = 0;
-  std::optional<K> key_;
+  const Slot* slot_ = nullptr;
+  std::size_t word_ = 0;    // of the bitmap, with
+  std::uint64_t rest_ = 0;  // its bits behind the position
+  std::conditional_t<Traits::isBijective, BijectiveKey, CopiedKey> key_;
   std::uint32_t version_ = 0;
 };
 

@@ -179,7 +179,7 @@ class IdMap<K, V>::Iterator {
   [[nodiscard]] explicit operator bool() const noexcept { return key_.has_value(); }
   [[nodiscard]] friend bool operator==(const Iterator& i, std::default_sentinel_t) noexcept { return !i; }
 
-  [[nodiscard]] const K& key() const noexcept { return *key_; }
+  [[nodiscard]] KeyView<K> key() const noexcept { return *key_; }
   /// The member's value; only while `currNodeMaybeStale()` is false.
   [[nodiscard]] const V& value() const noexcept { return *value_; }
   [[nodiscard]] Member<K, const V> operator*() const noexcept { return {*key_, *value_}; }

@@ -1,58 +1,24 @@
 #include "mox/Notifiee.h"
 
-#include <exception>
-#include <vector>
+#include <memory>
 
 #include "mox/Assert.h"
 
 namespace Mox {
 
-/// Several reactors, by order of registration. Leavers become gaps and joiners are appended, so that a visit can go by
-/// position; gaps are closed while no visit is under way. The block outlives its list until the last visit is over.
-struct NotifieeList::Block {
-  std::vector<Notifiee*> reactors;
-  std::size_t present = 0;
-  std::uint32_t visits = 0;
-  bool isOrphan = false;  // its list is gone
-};
-
-/// A visit under way.
-class NotifieeList::Visit {
- public:
-  Visit(NotifieeList& list, Block& block) noexcept : list_(list), block_(block) { ++block_.visits; }
-  Visit(const Visit&) = delete;
-  Visit& operator=(const Visit&) = delete;
-  ~Visit() {
-    if (--block_.visits != 0) return;
-    if (block_.isOrphan) {
-      delete &block_;
-    } else {
-      list_.tidy();
-    }
-  }
-
- private:
-  NotifieeList& list_;
-  Block& block_;
-};
-
 NotifieeList::~NotifieeList() {
   if (word_ == 0) return;
-  if ((word_ & isBlock) == 0) {
-    Notifiee* const sole = asSole();
-    sole->isRegistered_ = false;
+  const auto leave = [](Notifiee& reactor) {
+    reactor.isRegistered_ = false;
     // The notifier is under destruction; there is no reference left to give back.
-    static_cast<void>(sole->notifier_.release());
+    static_cast<void>(reactor.notifier_.release());
+  };
+  if ((word_ & isBlock) == 0) {
+    leave(*asSole());
     return;
   }
   Block* const block = asBlock();
-  for (Notifiee*& reactor : block->reactors) {
-    if (reactor == nullptr) continue;
-    reactor->isRegistered_ = false;
-    static_cast<void>(reactor->notifier_.release());
-    reactor = nullptr;
-  }
-  block->present = 0;
+  block->empty(leave);
   if (block->visits == 0) {
     delete block;
   } else {
@@ -62,18 +28,14 @@ NotifieeList::~NotifieeList() {
 
 void NotifieeList::deleteAll() noexcept {
   if (word_ == 0) return;
+  const auto leave = [](Notifiee& reactor) { reactor.isRegistered_ = false; };
   if ((word_ & isBlock) == 0) {
-    asSole()->isRegistered_ = false;
+    leave(*asSole());
     word_ = 0;
-    return;
+  } else {
+    asBlock()->empty(leave);
+    tidy();
   }
-  Block* const block = asBlock();
-  for (Notifiee*& reactor : block->reactors) {
-    if (reactor != nullptr) reactor->isRegistered_ = false;
-    reactor = nullptr;
-  }
-  block->present = 0;
-  tidy();
 }
 
 std::size_t NotifieeList::size() const noexcept {
@@ -84,17 +46,14 @@ std::size_t NotifieeList::size() const noexcept {
 void NotifieeList::insert(Notifiee& notifiee) {
   if (word_ == 0) {
     word_ = reinterpret_cast<std::uintptr_t>(&notifiee);
-  } else {
-    if ((word_ & isBlock) == 0) {
-      auto* const block = new Block{{asSole()}, 1};
-      block->reactors.front()->position_ = 0;
-      word_ = reinterpret_cast<std::uintptr_t>(block) | isBlock;
-    }
-    Block* const block = asBlock();
-    block->reactors.push_back(&notifiee);
-    ++block->present;
-    notifiee.position_ = static_cast<std::uint32_t>(block->reactors.size() - 1);
+    return;
   }
+  if ((word_ & isBlock) == 0) {
+    auto block = std::make_unique<Block>();
+    block->append(*asSole());
+    word_ = reinterpret_cast<std::uintptr_t>(block.release()) | isBlock;
+  }
+  asBlock()->append(notifiee);
 }
 
 void NotifieeList::remove(Notifiee& notifiee) noexcept {
@@ -103,46 +62,31 @@ void NotifieeList::remove(Notifiee& notifiee) noexcept {
     return;
   }
   Block* const block = asBlock();
-  block->reactors[notifiee.position_] = nullptr;
+  block->places[notifiee.position_] = Block::isSkipped;
   --block->present;
   // Closing gaps only when they are the half keeps a removal constant.
-  if (block->present <= block->reactors.size() / 2) tidy();
+  if (block->present <= block->places.size() / 2) tidy();
 }
 
-void NotifieeList::visitBlock(AttributeId id, const void* key) {
-  Block& block = *asBlock();
-  const Visit visit(*this, block);
-  const std::size_t registered = block.reactors.size();
-  std::exception_ptr first;
-  for (std::size_t i = 0; i < registered; ++i) {
-    Notifiee* const reactor = block.reactors[i];
-    if (reactor == nullptr || !reactor->hasNotificationActive()) continue;
-    try {
-      reactor->onAttribute(id, key);
-    } catch (...) {
-      if (!first) first = std::current_exception();
-    }
-  }
-  if (first) std::rethrow_exception(first);
+void NotifieeList::update(Notifiee& notifiee) noexcept {
+  if ((word_ & isBlock) != 0) asBlock()->places[notifiee.position_] = Block::placeOf(notifiee);
 }
 
 void NotifieeList::tidy() noexcept {
   Block* const block = asBlock();
-  if (block->visits != 0 || block->present == block->reactors.size()) return;
-  if (block->present <= 1) {
-    Notifiee* sole = nullptr;
-    for (Notifiee* reactor : block->reactors) sole = reactor != nullptr ? reactor : sole;
-    word_ = reinterpret_cast<std::uintptr_t>(sole);
-    delete block;
-    return;
-  }
+  if (block->visits != 0 || !block->hasGaps()) return;
   std::uint32_t next = 0;
-  for (Notifiee* reactor : block->reactors) {
+  for (const Block::Place place : block->places) {
+    Notifiee* const reactor = Block::reactorAt(place);
     if (reactor == nullptr) continue;
     reactor->position_ = next;
-    block->reactors[next++] = reactor;
+    block->places[next++] = place;
   }
-  block->reactors.resize(next);
+  block->places.resize(next);
+  if (next <= 1) {
+    word_ = next == 0 ? 0 : reinterpret_cast<std::uintptr_t>(Block::reactorAt(block->places.front()));
+    delete block;
+  }
 }
 
 PtrInterface::NotifieeConst::~NotifieeConst() { NotifieeConst::isRegisteredNotifieeIs(false); }
@@ -156,6 +100,11 @@ void PtrInterface::NotifieeConst::notifierIs(const PtrInterface* notifier) {
   if (notifier != nullptr) isRegisteredNotifieeIs(true);
 }
 
+void PtrInterface::NotifieeConst::hasNotificationActiveIs(bool active) {
+  PtrInterface::hasNotificationActiveIs(active);
+  if (isRegistered_) notifier_->notifieeList()->update(*this);
+}
+
 void PtrInterface::NotifieeConst::isRegisteredNotifieeIs(bool registered) {
   if (registered == isRegistered_ || notifier_ == nullptr) return;
   if (registered) {
@@ -165,7 +114,5 @@ void PtrInterface::NotifieeConst::isRegisteredNotifieeIs(bool registered) {
   }
   isRegistered_ = registered;
 }
-
-void PtrInterface::NotifieeConst::onAttribute(AttributeId /*id*/, const void* /*key*/) {}
 
 }  // namespace Mox

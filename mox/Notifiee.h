@@ -24,7 +24,9 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "mox/Attribute.h"
 #include "mox/Ptr.h"
@@ -48,9 +50,11 @@ class MOX_PUBLIC PtrInterface::NotifieeConst : public PtrInterface {
   virtual void isRegisteredNotifieeIs(bool registered);
   [[nodiscard]] bool isRegisteredNotifiee() const noexcept { return isRegistered_; }
 
+  void hasNotificationActiveIs(bool active) override;
+
   /// Called for a change while the reactor is registered and its notifications are active. `key` points to the changed
   /// member's key for a collection attribute and is null for a scalar; it is gone when the handler returns.
-  virtual void onAttribute(AttributeId id, const void* key);
+  virtual void onAttribute(AttributeId id, const void* key) = 0;
 
  protected:
   NotifieeConst() noexcept = default;
@@ -105,10 +109,97 @@ class MOX_PUBLIC NotifieeList {
 
   void insert(Notifiee& notifiee);
   void remove(Notifiee& notifiee) noexcept;
+  void update(Notifiee& notifiee) noexcept;
   void visitBlock(AttributeId id, const void* key);
   void tidy() noexcept;
 
   std::uintptr_t word_ = 0;
 };
+
+// The loop over several reactors stands in the header so that it is compiled into the module that changes the attribute,
+// close to the handlers: a call across shared libraries costs as much again as the handler's own (docs/performance.md).
+
+/// Several reactors, by order of registration. Leavers become gaps and joiners are appended, so that a visit can go by
+/// position; gaps are closed while no visit is under way. The block outlives its list until the last visit is over.
+struct NotifieeList::Block {
+  /// A reactor, marked in the lowest bit when it is not to be called, so that a visit makes one test. A gap is the mark
+  /// alone.
+  using Place = std::uintptr_t;
+  static constexpr Place isSkipped = 1;
+
+  std::vector<Place> places;
+  std::size_t present = 0;
+  std::uint32_t visits = 0;
+  bool isOrphan = false;  // its list is gone
+
+  [[nodiscard]] static Place placeOf(Notifiee& notifiee) noexcept {
+    return reinterpret_cast<Place>(&notifiee) | (notifiee.hasNotificationActive() ? 0 : isSkipped);
+  }
+  [[nodiscard]] static Notifiee* reactorAt(Place place) noexcept {
+    return reinterpret_cast<Notifiee*>(place & ~isSkipped);
+  }
+
+  [[nodiscard]] bool hasGaps() const noexcept { return present != places.size(); }
+
+  void append(Notifiee& notifiee) {
+    places.push_back(placeOf(notifiee));
+    notifiee.position_ = static_cast<std::uint32_t>(places.size() - 1);
+    ++present;
+  }
+  void call(std::size_t position, AttributeId id, const void* key) {
+    const Place place = places[position];
+    if ((place & isSkipped) == 0) reinterpret_cast<Notifiee*>(place)->onAttribute(id, key);
+  }
+  /// Makes all places gaps; `leave` is called with each reactor.
+  void empty(const auto& leave) noexcept {
+    for (Place& place : places) {
+      if (Notifiee* const reactor = reactorAt(place)) leave(*reactor);
+      place = isSkipped;
+    }
+    present = 0;
+  }
+};
+
+/// A visit under way.
+class NotifieeList::Visit {
+ public:
+  Visit(NotifieeList& list, Block& block) noexcept : list_(list), block_(block) { ++block_.visits; }
+  Visit(const Visit&) = delete;
+  Visit& operator=(const Visit&) = delete;
+  ~Visit() {
+    if (--block_.visits == 0 && block_.hasGaps()) end();
+  }
+
+ private:
+  void end() noexcept {
+    if (block_.isOrphan) {
+      delete &block_;
+    } else {
+      list_.tidy();
+    }
+  }
+
+  NotifieeList& list_;
+  Block& block_;
+};
+
+inline void NotifieeList::visitBlock(AttributeId id, const void* key) {
+  Block& block = *asBlock();
+  const Visit visit(*this, block);
+  const std::size_t end = block.places.size();
+  std::size_t position = 0;
+  try {
+    for (; position < end; ++position) block.call(position, id, key);
+  } catch (...) {
+    while (++position < end) {
+      try {
+        block.call(position, id, key);
+      } catch (...) {
+        continue;  // The first exception is the one to report.
+      }
+    }
+    throw;
+  }
+}
 
 }  // namespace Mox

@@ -5,16 +5,23 @@
 //   named `Mox` plus the watched attribute. `Reactor<Sm, Notifier>` gives a reactor its types; `StateMachine<Sm>` gives a
 //   state machine its `initialized` flag and the operations that go to all its reactors.
 //
-// Usage: a guard that counts how often the lamp of mox/Entity.h is lit, and which bulbs come and go
+// Usage: a guard on the lamp of mox/Entity.h (examples/lamp.cpp is the whole program)
 //
+//   /// Counts how often the lamp is lit, and tells which bulbs come and go.
 //   class GuardSm : public Mox::StateMachine<GuardSm> {
 //    public:
 //     explicit GuardSm(Mox::Ptr<const Lamp> lamp) : lamp_(this, std::move(lamp)) { handleInitialized(); }
 //     ~GuardSm() override { moxDoZombieReactors(true); }
 //
+//     unsigned count() const { return count_; }
+//
 //     void handleInitialized() { initializedIs(true); }
-//     void handleLit() { if (initialized() && lamp_.notifier()->lit()) ++count_; }
-//     void handleBulb(Mox::String socket) { std::cout << "bulb " << socket << '\n'; }
+//     void handleLit() {
+//       if (initialized() && lamp_.notifier()->lit()) ++count_;
+//     }
+//     void handleBulb(const Mox::String& socket) {
+//       std::cout << "bulb " << socket << (lamp_.notifier()->bulb(socket) != nullptr ? " is in\n" : " is out\n");
+//     }
 //
 //    private:
 //     friend StateMachine;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <ctime>
+#include <utility>
 
 #include "mox/Exception.h"
 
@@ -33,9 +34,12 @@ class RealTime final : public TimeSource {
   }
 };
 
-Ptr<TimeSource>& source() {
+/// The source in use. Null until somebody chooses one: then it is the real one.
+constinit TimeSource* source = nullptr;
+
+TimeSource& realTime() {
   // Never destroyed: destructors of other static objects may still read the time.
-  static auto& instance = *new Ptr<TimeSource>(makePtr<RealTime>());
+  static auto& instance = *new RealTime;
   return instance;
 }
 
@@ -67,16 +71,17 @@ void VirtualTime::tickIs(double seconds) {
   tick_ = seconds;
 }
 
-double System::currentTime() { return source()->currentTime(); }
+double System::currentTime() { return timeSource().currentTime(); }
 
-double System::presentTime() { return source()->presentTime(); }
+double System::presentTime() { return timeSource().presentTime(); }
 
-double System::coarseTime() { return source()->coarseTime(); }
+double System::coarseTime() { return timeSource().coarseTime(); }
 
-TimeSource& System::timeSource() { return *source(); }
+TimeSource& System::timeSource() { return source != nullptr ? *source : realTime(); }
 
 void System::timeSourceIs(const Ptr<TimeSource>& newSource) {
-  source() = newSource ? newSource : Ptr<TimeSource>(makePtr<RealTime>());
+  TimeSource* const old = std::exchange(source, Ptr(newSource).release());
+  if (old != nullptr) old->referencesDec();
 }
 
 }  // namespace Mox

@@ -75,12 +75,13 @@ class MOX_PUBLIC IntfId {
  private:
   static constexpr unsigned kindShift = 28;
 
-  constexpr IntfId(std::uint32_t word0, std::uint32_t word1) noexcept : word0_(word0), word1_(word1) {}
+  constexpr IntfId(std::uint32_t word0, std::uint32_t word1) noexcept : word1_(word1), word0_(word0) {}
   [[nodiscard]] static IntfId parse(std::string_view name);
   [[nodiscard]] std::strong_ordering compare(IntfId other) const;
 
-  std::uint32_t word0_ = 0;
+  // In this order the bits are the two words as they stand in the memory of a little-endian machine.
   std::uint32_t word1_ = 0;
+  std::uint32_t word0_ = 0;
 };
 
 struct EthIntfId {
