@@ -107,8 +107,13 @@ class ReaderSm : public Mox::StateMachine<ReaderSm> {
   explicit ReaderSm(const Mox::Ptr<const LibState>& state) : libState_(this, state) {}
   ~ReaderSm() override { moxDoZombieReactors(true); }
 
-  void handleTopo(const Mox::String& name) { std::cout << "  topology " << name << " appears\n"; }
-  void handleInitDone() { std::cout << "  the state is complete\n"; }
+  void handleTopo(const Mox::String& name) {
+    const bool isThere = libState_.notifier()->topo(name) != nullptr;
+    std::cout << "  topology " << name << (isThere ? " appears\n" : " goes\n");
+  }
+  void handleInitDone() {
+    if (libState_.notifier()->initDone()) std::cout << "  the state is complete\n";
+  }
 
  private:
   friend StateMachine;

@@ -1,9 +1,11 @@
 #include "kestrel/Kestrel.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cinttypes>
 #include <cstdio>
+#include <memory>
 
 #include "mox/System.h"
 
@@ -55,8 +57,7 @@ void traceFileDel() noexcept {
 }
 
 TraceFile::TraceFile(std::size_t bytes)
-    : ring_(std::make_unique<Word[]>(std::bit_ceil(std::max(bytes, minBytes)) / sizeof(Word))),
-      mask_(std::bit_ceil(std::max(bytes, minBytes)) / sizeof(Word) - 1) {}
+    : ring_(std::bit_ceil(std::max(bytes, minBytes)) / sizeof(Word)), mask_(ring_.size() - 1) {}
 
 TraceFile::~TraceFile() = default;
 
@@ -125,9 +126,9 @@ class TraceFile::Reader {
   }
 
   static std::string format(const char* how, auto value) {
-    char text[32];
-    const int size = std::snprintf(text, sizeof text, how, value);
-    return {text, static_cast<std::size_t>(size)};
+    std::array<char, 32> text{};
+    const int size = std::snprintf(text.data(), text.size(), how, value);
+    return {text.data(), static_cast<std::size_t>(size)};
   }
 
   const TraceFile& file_;

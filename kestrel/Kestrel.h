@@ -29,7 +29,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -120,14 +119,15 @@ class MOX_PUBLIC TraceFile {
   class Reader;
 
   [[nodiscard]] static Word lengthOf(Word header) noexcept { return header >> 32 & 0xFFFF; }
-  [[nodiscard]] Word& at(Word position) const noexcept { return ring_[position & mask_]; }
+  [[nodiscard]] Word& at(Word position) noexcept { return ring_[position & mask_]; }
+  [[nodiscard]] Word at(Word position) const noexcept { return ring_[position & mask_]; }
   /// Overwrites the oldest messages until the ring has room up to this position.
   void makeRoom(Word end) noexcept {
     while (end - oldest_ > mask_ + 1) oldest_ += lengthOf(at(oldest_));
   }
 
   // Positions count words from the start of the log and are reduced to the ring by the mask. The log is [oldest_, end_).
-  std::unique_ptr<Word[]> ring_;
+  std::vector<Word> ring_;
   Word mask_;
   Word oldest_ = 0;
   Word end_ = 0;
@@ -143,7 +143,7 @@ class MsgWriter {
   static constexpr std::size_t maxArguments = 16;
   static constexpr std::size_t maxText = 255;
 
-  void arg(bool value) noexcept { put(Kind::boolean, value); }
+  void arg(bool value) noexcept { put(Kind::boolean, value ? 1 : 0); }
   template <std::unsigned_integral T>
   void arg(T value) noexcept {
     put(Kind::unsignedInteger, value);

@@ -12,6 +12,7 @@ ActivityManagerConfig::~ActivityManagerConfig() = default;
 ActivityManager::ActivityManager() : config_(makePtr<ActivityManagerConfig>()) {}
 ActivityManager::~ActivityManager() = default;
 
+// NOLINTNEXTLINE(readability-make-member-function-const): it runs the work.
 std::size_t ActivityManager::dispatch() {
   // The loop only looks at the time: a virtual clock's tick belongs to the work that is measured.
   return clock()->dispatch(System::presentTime());

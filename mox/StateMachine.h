@@ -10,7 +10,7 @@
 //   /// Counts how often the lamp is lit, and tells which bulbs come and go.
 //   class GuardSm : public Mox::StateMachine<GuardSm> {
 //    public:
-//     explicit GuardSm(Mox::Ptr<const Lamp> lamp) : lamp_(this, std::move(lamp)) { handleInitialized(); }
+//     explicit GuardSm(const Mox::Ptr<const Lamp>& lamp) : lamp_(this, lamp) { handleInitialized(); }
 //     ~GuardSm() override { moxDoZombieReactors(true); }
 //
 //     unsigned count() const { return count_; }

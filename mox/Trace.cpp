@@ -60,14 +60,14 @@ TraceHandle::TraceHandle(std::string_view facility, bool isOn) : facility_(facil
 
 TraceHandle::~TraceHandle() { std::erase(facilities().find(facility_)->second.handles, this); }
 
-void traceLevelsIs(std::string_view name, std::uint32_t levels) {
-  Facility& facility = facilities().try_emplace(std::string(name)).first->second;
-  facility.levels = levels;
-  for (TraceHandle* handle : facility.handles) handle->levels_ = levels;
+void traceLevelsIs(std::string_view facility, std::uint32_t levels) {
+  Facility& known = facilities().try_emplace(std::string(facility)).first->second;
+  known.levels = levels;
+  for (TraceHandle* handle : known.handles) handle->levels_ = levels;
 }
 
-std::uint32_t traceLevels(std::string_view name) {
-  const auto found = facilities().find(name);
+std::uint32_t traceLevels(std::string_view facility) {
+  const auto found = facilities().find(facility);
   return found == facilities().end() ? traceNone : found->second.levels;
 }
 

@@ -60,7 +60,7 @@ std::strong_ordering IntfId::compare(IntfId other) const {
   if (*this == other) return std::strong_ordering::equal;
   if (formOf(*this) != 0 && formOf(*this) == formOf(other)) {
     // Numbers are packed in the order of the name.
-    if (const auto order = word1_ <=> other.word1_; order != 0) return order;
+    if (const auto order = word1_ <=> other.word1_; std::is_neq(order)) return order;
     return subIntfOf(*this) <=> subIntfOf(other);
   }
   return detail::compareNames(stringValue(), other.stringValue());

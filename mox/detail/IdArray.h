@@ -75,7 +75,7 @@ class IdArray {
 
   /// Makes room for the next members: double while small, then by an eighth, so that memory stays close to what is used.
   void grow() {
-    capacityIs(size_ < 8 ? std::max<std::size_t>(1, size_ * 2) : size_ + std::max<std::size_t>(4, size_ / 8));
+    capacityIs(size_ < 8 ? std::max<std::size_t>(1, size() * 2) : size_ + std::max<std::size_t>(4, size_ / 8));
   }
 
   /// Gives memory back when most of it is unused. Keeps the block when there is no memory for a smaller one.
@@ -84,7 +84,7 @@ class IdArray {
       clear();
     } else if (capacity_ >= 16 && size_ < capacity_ / 4) {
       try {
-        capacityIs(size_ * 2);
+        capacityIs(std::size_t{size_} * 2);
       } catch (const std::bad_alloc&) {
         return;
       }
@@ -102,7 +102,7 @@ class IdArray {
   /// How many pages of 64 ids the members fall into.
   [[nodiscard]] std::size_t pages() const noexcept {
     std::size_t count = 0;
-    for (std::size_t i = 0; i < size_; ++i) count += i == 0 || ids_[i] / 64 != ids_[i - 1] / 64;
+    for (std::size_t i = 0; i < size_; ++i) count += i == 0 || ids_[i] / 64 != ids_[i - 1] / 64 ? 1 : 0;
     return count;
   }
 

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -23,7 +24,7 @@ struct StoredKey {
 };
 template <class K>
 struct StoredKey<K, true> {
-  explicit StoredKey(const K& k) noexcept : key(k) {}
+  explicit StoredKey(K k) noexcept : key(std::move(k)) {}
   K key;
 };
 
@@ -47,10 +48,12 @@ class Slot {
   using Content = SlotContent<K, V>;
 
  public:
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the storage is raw.
   Slot(std::uint64_t hash, const K& key, V value) noexcept : hash_(hash) {
-    new (storage_) Content(key, std::move(value));
+    new (storage_.data()) Content(key, std::move(value));
   }
   /// A slot moves as relocate() does it: to raw storage, leaving raw storage behind.
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the storage is raw.
   Slot(Slot&& other) noexcept : hash_(other.hash_) { relocate(content(), other.content(), 1); }
   Slot& operator=(Slot&&) = delete;
 
@@ -75,13 +78,13 @@ class Slot {
   [[nodiscard]] const V* value() const noexcept { return &content()->value; }
 
  private:
-  [[nodiscard]] Content* content() noexcept { return std::launder(reinterpret_cast<Content*>(storage_)); }
+  [[nodiscard]] Content* content() noexcept { return std::launder(reinterpret_cast<Content*>(storage_.data())); }
   [[nodiscard]] const Content* content() const noexcept {
-    return std::launder(reinterpret_cast<const Content*>(storage_));
+    return std::launder(reinterpret_cast<const Content*>(storage_.data()));
   }
 
   std::uint64_t hash_;
-  alignas(Content) std::byte storage_[sizeof(Content)];
+  alignas(Content) std::array<std::byte, sizeof(Content)> storage_;
 };
 
 /// A slot is as relocatable as its content; moving one leaves the bytes of the old place without content.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <compare>
 
 namespace Quill::detail {
 
@@ -46,7 +47,7 @@ constexpr std::array<std::array<unsigned, 3>, 4> widths{{{0, 0, 0}, {32, 0, 0}, 
 
 /// Takes a run of digits off the front of the text.
 [[nodiscard]] std::string_view takeDigits(std::string_view& text) noexcept {
-  const auto end = std::find_if_not(text.begin(), text.end(), isDigit);
+  const auto* const end = std::find_if_not(text.begin(), text.end(), isDigit);
   const auto digits = text.substr(0, static_cast<std::size_t>(end - text.begin()));
   text.remove_prefix(digits.size());
   return digits;
@@ -142,15 +143,15 @@ std::strong_ordering compareNames(std::string_view a, std::string_view b) {
     if (isDigit(a.front()) && isDigit(b.front())) {
       const std::string_view numberA = withoutZeros(takeDigits(a));
       const std::string_view numberB = withoutZeros(takeDigits(b));
-      if (const auto order = numberA.size() <=> numberB.size(); order != 0) return order;
-      if (const auto order = numberA <=> numberB; order != 0) return order;
+      if (const auto order = numberA.size() <=> numberB.size(); std::is_neq(order)) return order;
+      if (const auto order = numberA <=> numberB; std::is_neq(order)) return order;
     } else {
-      if (const auto order = a.substr(0, 1) <=> b.substr(0, 1); order != 0) return order;
+      if (const auto order = a.substr(0, 1) <=> b.substr(0, 1); std::is_neq(order)) return order;
       a.remove_prefix(1);
       b.remove_prefix(1);
     }
   }
-  if (const auto order = a.size() <=> b.size(); order != 0) return order;
+  if (const auto order = a.size() <=> b.size(); std::is_neq(order)) return order;
   return wholeA <=> wholeB;
 }
 

@@ -19,7 +19,7 @@ struct Encoding {
 };
 
 struct ParsedName {
-  IntfKind kind;
+  IntfKind kind = IntfKind::none;
   std::optional<Encoding> encoding;  // empty when the name must be interned
 };
 
