@@ -63,7 +63,8 @@ class MOX_PUBLIC Config : public Mox::NamedEntity {
   explicit Config(Mox::String name) noexcept;
   ~Config() override;
 
-  /// vlanConfig[vid]. Making one that exists with the other `internal` raises MutatorReinstantiatingException.
+  /// vlanConfig[vid]. Making one that exists with the other `internal`, be it by default, raises
+  /// MutatorReinstantiatingException.
   [[nodiscard]] const auto& vlanConfig() const noexcept { return vlanConfig_; }
   [[nodiscard]] const VlanConfig* vlanConfig(VlanId vid) const noexcept { return vlanConfig_.find(vid); }
   [[nodiscard]] VlanConfig* vlanConfig(VlanId vid) noexcept { return vlanConfig_.find(vid); }

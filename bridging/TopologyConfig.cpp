@@ -11,8 +11,10 @@ TopoConfig::TopoConfig(Mox::String name, unsigned topoNumber) noexcept
 TopoConfig::~TopoConfig() = default;
 
 Mox::Ptr<TopoPortConfig> TopoConfig::topoPortConfigIs(Quill::IntfId intf, unsigned number, PortState state) {
+  const bool isThere = topoPortConfig_.has(intf);
   Mox::Ptr<TopoPortConfig> port = memberIs(topoPortConfig_, topoPortConfigAttr, intf, number, state);
-  port->portStateIs(state);
+  // A new port has its state, unless somebody who was told of it has already written another one.
+  if (isThere) port->portStateIs(state);
   return port;
 }
 

@@ -43,7 +43,7 @@ class VlanId {
 
   [[nodiscard]] constexpr std::uint16_t value() const noexcept { return value_; }
 
-  /// Parses a decimal number; a text that is none, or out of range, raises RangeException.
+  /// Parses a decimal number; a text that is not a number, or one out of range, raises RangeException.
   [[nodiscard]] MOX_PUBLIC static VlanId sequenceToValue(std::string_view text);
 
   [[nodiscard]] friend constexpr auto operator<=>(VlanId, VlanId) noexcept = default;
@@ -74,7 +74,7 @@ class VlanIdOrNone {
   [[nodiscard]] constexpr std::uint16_t value() const noexcept { return value_; }
   [[nodiscard]] constexpr bool isNone() const noexcept { return value_ == 0; }
 
-  /// Parses a decimal number; a text that is none, or out of range, raises RangeException.
+  /// Parses a decimal number; a text that is not a number, or one out of range, raises RangeException.
   [[nodiscard]] MOX_PUBLIC static VlanIdOrNone sequenceToValue(std::string_view text);
 
   [[nodiscard]] friend constexpr auto operator<=>(VlanIdOrNone, VlanIdOrNone) noexcept = default;

@@ -32,7 +32,9 @@ function(topolib_add_library name)
     BUILD_WITH_INSTALL_RPATH ON
     LINK_DEPENDS ${TOPOLIB_EXPORT_MAP})
   target_link_options(${name} PRIVATE
-    -Wl,--version-script=${TOPOLIB_EXPORT_MAP} -Wl,--no-undefined)
+    -Wl,--version-script=${TOPOLIB_EXPORT_MAP} -Wl,--no-undefined
+    # Types, modules and log call sites are registered by address, so the library stays once it is loaded.
+    -Wl,-z,nodelete)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # Nobody replaces our functions from outside, so calls among them may be inlined, as Clang does.
     target_compile_options(${name} PRIVATE -fno-semantic-interposition)

@@ -66,7 +66,7 @@ class GuardSm : public Mox::StateMachine<GuardSm> {
   void handleLit() {
     if (initialized() && lamp_.notifier()->lit()) ++count_;
   }
-  void handleBulb(const Mox::String& socket) {
+  void handleBulb(Mox::String socket) {
     std::cout << "bulb " << socket << (lamp_.notifier()->bulb(socket) != nullptr ? " is in\n" : " is out\n");
   }
 

@@ -154,7 +154,8 @@ class MsgWriter {
   }
   void arg(double value) noexcept { put(Kind::real, std::bit_cast<Word>(value)); }
   void arg(std::string_view text) noexcept;
-  void arg(const char* text) noexcept { arg(std::string_view(text)); }
+  void arg(const char* text) noexcept { arg(std::string_view(text == nullptr ? "null" : text)); }
+  void arg(const std::string& text) noexcept { arg(std::string_view(text)); }
   void arg(const Mox::String& text) noexcept { arg(text.view()); }
   void arg(const void* pointer) noexcept { put(Kind::pointer, reinterpret_cast<std::uintptr_t>(pointer)); }
   /// A number with a unit of its own, such as a VLAN id.

@@ -57,7 +57,7 @@ class MOX_PUBLIC ActivityManager : public PtrInterface {
   /// Dispatches and waits until `stop()` is called or nothing is armed any more. In virtual time, waiting moves the time
   /// on to what is due next.
   void run();
-  /// Ends `run` after the present round; without effect on a later `run`.
+  /// Ends `run`, and a `run` that it is inside of, after the present round; without effect on a later one.
   void stop() noexcept { isStopped_ = true; }
 
  private:

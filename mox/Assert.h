@@ -25,4 +25,4 @@ namespace Mox {
 #define MOX_ASSERT_TEXT(file, expression, text) \
   ((expression) ? static_cast<void>(0) : ::Mox::assertionFailed((text), (file), __LINE__, __PRETTY_FUNCTION__))
 
-#define MOX_ASSERT(file, expression) MOX_ASSERT_TEXT(file, expression, #expression)
+#define MOX_ASSERT(file, ...) MOX_ASSERT_TEXT(file, (__VA_ARGS__), #__VA_ARGS__)

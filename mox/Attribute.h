@@ -2,14 +2,14 @@
 //
 // An entity class has one constant per attribute, numbered from 0:
 //
-//   static constexpr Mox::ScalarAttribute activeAttr{0, "active"};
-//   static constexpr Mox::CollectionAttribute<Quill::IntfId> portAttr{1, "port"};
+//   static constexpr Mox::ScalarAttribute litAttr{0, "lit"};
+//   static constexpr Mox::CollectionAttribute<Mox::String> bulbAttr{1, "bulb"};
 //
 // and a reactor asks the constants, which know the type of the key:
 //
 //   void onAttribute(Mox::AttributeId id, const void* key) override {
-//     if (Lamp::activeAttr.is(id)) sm().handleActive();
-//     if (const auto* intf = Lamp::portAttr.keyOf(id, key)) sm().handlePort(*intf);
+//     if (Lamp::litAttr.is(id)) sm().handleLit();
+//     if (const auto* socket = Lamp::bulbAttr.keyOf(id, key)) sm().handleBulb(*socket);
 //   }
 
 #pragma once

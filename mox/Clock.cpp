@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "mox/Assert.h"
 #include "mox/Exception.h"
 
 namespace Mox {
@@ -29,6 +30,8 @@ std::size_t Clock::dispatch(double now) {
     if (next == armed_.end() || !(next->time <= now)) return called;
     position = *next;
     position.reactor->dequeue();
+    // Thrown out of the clock's list by `deleteAll`: it stays armed for when it is back.
+    if (!position.reactor->isRegisteredNotifiee()) continue;
     position.reactor->isArmed_ = false;
     ++called;
     position.reactor->onTimeMin();
@@ -50,12 +53,15 @@ void Clock::NotifieeConst::timeMinIs(double seconds) {
 }
 
 void Clock::NotifieeConst::hasNotificationActiveIs(bool active) {
+  if (active == hasNotificationActive()) return;
   dequeue();
   PtrInterface::NotifieeConst::hasNotificationActiveIs(active);
   enqueue();
 }
 
 void Clock::NotifieeConst::isRegisteredNotifieeIs(bool registered) {
+  if (registered == isRegisteredNotifiee()) return;
+  MOX_ASSERT("mox/Clock.cpp", notifier() == nullptr || dynamic_cast<const Clock*>(notifier()) != nullptr);
   dequeue();
   PtrInterface::NotifieeConst::isRegisteredNotifieeIs(registered);
   enqueue();

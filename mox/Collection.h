@@ -19,11 +19,15 @@
 //   remove or insert any others                visits each member present throughout exactly once; one inserted ahead
 //                                              of the position is visited, one behind it is not
 //   destroy the collection                     not allowed: hold a Ptr to its owner during the pass
+//   have the current member destroyed while one of its own operations runs
+//                                              not allowed: hold a Ptr to the member around the call
 //
 // The order is that of (hash, key), or of the number for an IdMap: the same in every pass, whatever the size.
 
 #pragma once
 
+#include <cstddef>
+#include <iterator>
 #include <optional>
 #include <type_traits>
 #include <utility>
@@ -71,14 +75,17 @@ class ValueCollection {
   [[nodiscard]] std::size_t memory() const noexcept { return map_.memory(); }
 
   /// Inserts or overwrites; false when an equal value was there already.
-  bool insertOrAssign(const K& key, V value) {
+  bool insertOrAssign(const K& key, V value) { return exchange(key, value); }
+  /// The same; an overwritten value is handed out in `value`, so that the caller decides when it ends.
+  bool exchange(const K& key, V& value) {
     const auto [place, isNew] = map_.insert(key, value);
     if (isNew) return true;
     if (*place == value) return false;
-    // The old value ends last, when the new one is in place.
     std::swap(*place, value);
     return true;
   }
+  /// Takes a value out, or nothing when the key is absent.
+  std::optional<V> take(const K& key) noexcept { return map_.take(key); }
   bool erase(const K& key) noexcept { return map_.erase(key); }
   void clear() noexcept { map_.clear(); }
 
@@ -104,22 +111,23 @@ class EntityCollection {
   using Key = K;
   using Value = T;
 
-  /// A position in a pass, as that of the map beneath.
-  class Iterator {
+  /// A position in a pass, as that of the map beneath, which shows the members as `Shown`.
+  template <class Shown>
+  class BasicIterator {
    public:
-    using value_type = Member<K, const T>;
+    using value_type = Member<K, Shown>;
     using difference_type = std::ptrdiff_t;
 
-    explicit Iterator(typename Entities::Iterator at) noexcept : at_(std::move(at)) {}
+    explicit BasicIterator(typename Entities::Iterator at) noexcept : at_(std::move(at)) {}
 
     [[nodiscard]] explicit operator bool() const noexcept { return static_cast<bool>(at_); }
-    [[nodiscard]] friend bool operator==(const Iterator& i, std::default_sentinel_t) noexcept { return !i; }
+    [[nodiscard]] friend bool operator==(const BasicIterator& i, std::default_sentinel_t) noexcept { return !i; }
     [[nodiscard]] KeyView<K> key() const noexcept { return at_.key(); }
-    [[nodiscard]] const T& value() const noexcept { return *at_.value(); }
-    [[nodiscard]] Member<K, const T> operator*() const noexcept { return {key(), value()}; }
+    [[nodiscard]] Shown& value() const noexcept { return *at_.value(); }
+    [[nodiscard]] Member<K, Shown> operator*() const noexcept { return {key(), value()}; }
     [[nodiscard]] bool currNodeMaybeStale() const noexcept { return at_.currNodeMaybeStale(); }
     void advance() noexcept { at_.advance(); }
-    Iterator& operator++() noexcept {
+    BasicIterator& operator++() noexcept {
       advance();
       return *this;
     }
@@ -128,6 +136,8 @@ class EntityCollection {
    private:
     typename Entities::Iterator at_;
   };
+  using Iterator = BasicIterator<const T>;
+  using MutableIterator = BasicIterator<T>;
 
   EntityCollection() noexcept = default;
   EntityCollection(const EntityCollection&) = delete;
@@ -144,6 +154,7 @@ class EntityCollection {
   }
   [[nodiscard]] T* find(const K& key) noexcept { return const_cast<T*>(std::as_const(*this).find(key)); }
   [[nodiscard]] Iterator begin() const noexcept { return Iterator(map_.begin()); }
+  [[nodiscard]] MutableIterator begin() noexcept { return MutableIterator(map_.begin()); }
   [[nodiscard]] std::default_sentinel_t end() const noexcept { return {}; }
   [[nodiscard]] Iterator startAtHash(const K& key) const noexcept { return Iterator(map_.startAtHash(key)); }
 

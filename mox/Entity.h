@@ -68,7 +68,7 @@
 //     and lives while the caller holds it.
 //   - `memberIs` makes `T(key, args...)`. Where there are further arguments, T must have `isBuiltFrom(args...)`: an
 //     existing member that was built from others raises MutatorReinstantiatingException, and nothing changes.
-//   - A removed member is notified as absent and destroyed last. `...DelAll` removes one by one in the order of a pass,
+//   - A removed member, and an overwritten value, is absent when the change is notified and is destroyed last. `...DelAll` removes one by one in the order of a pass,
 //     with a notification each; a member that a handler inserts behind the position stays.
 //   - An entity belongs to its collection: its parent is the collection's entity while it is a member, and null after.
 //
@@ -94,7 +94,8 @@ class MOX_PUBLIC Entity : public Notifier {
   [[nodiscard]] virtual String name() const;
 
   /// The object whose collection this entity is a member of, or null.
-  [[nodiscard]] Notifier* parent() const noexcept { return parent_; }
+  [[nodiscard]] const Notifier* parent() const noexcept { return parent_; }
+  [[nodiscard]] Notifier* parent() noexcept { return parent_; }
   void parentIs(Notifier* parent) noexcept { parent_ = parent; }
 
  protected:

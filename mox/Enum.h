@@ -26,6 +26,9 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <typeinfo>
+#include <utility>
+#include <vector>
 
 #include "mox/Exception.h"
 #include "mox/String.h"

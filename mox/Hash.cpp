@@ -3,10 +3,11 @@
 namespace Mox {
 
 namespace {
-std::uint32_t processSeed32 = 0x5EED'0001;
-}
+constexpr std::uint32_t seedAtStart = 0x5EED'0001;
+std::uint32_t processSeed32 = seedAtStart;
+}  // namespace
 
-constinit HashSeed detail::processSeed{0x5EED'0001};
+constinit HashSeed detail::processSeed{seedAtStart};
 
 std::uint32_t hashSeed32() noexcept { return processSeed32; }
 

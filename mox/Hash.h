@@ -17,7 +17,6 @@
 
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 
 #include "mox/Public.h"
@@ -97,7 +96,7 @@ struct KeyTraits<String> {
 
 /// The order of keys: that of the bytes for strings, numeric for VLAN ids, natural for interface ids.
 template <class Key>
-[[nodiscard]] bool keyLessThan(const Key& a, const Key& b) noexcept {
+[[nodiscard]] bool keyLessThan(const Key& a, const Key& b) {
   return a < b;
 }
 

@@ -19,10 +19,12 @@
 
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -146,6 +148,7 @@ class IdMap {
       return;
     }
     pages_ = std::make_unique<Pages>(array_);
+    ++version_;
     array_.clear();
   }
 

@@ -19,7 +19,7 @@
 //     void handleLit() {
 //       if (initialized() && lamp_.notifier()->lit()) ++count_;
 //     }
-//     void handleBulb(const Mox::String& socket) {
+//     void handleBulb(Mox::String socket) {
 //       std::cout << "bulb " << socket << (lamp_.notifier()->bulb(socket) != nullptr ? " is in\n" : " is out\n");
 //     }
 //
@@ -45,11 +45,15 @@
 // Rules
 //   - A reactor is a member of its state machine, or held by a Ptr, or in a collection; it has a plain pointer to the
 //     state machine, which outlives it.
-//   - A reactor starts with its notifications on. It calls the handler with the key by value, since the notification's
-//     key is gone when the handler has removed it.
+//   - A reactor starts with its notifications on. It passes the key on by value; the notification's own ends with it.
+//     Where the state machine has something to do whenever the reactor is bound, it does it after `notifierIs`.
 //   - The destructor of a state machine calls `moxDoZombieReactors(true)` first, so that nothing is delivered to a
 //     half-destroyed object; it does not change what the state machine published.
-//   - A handler may drop the last reference to its own state machine, as the last thing that it does.
+//   - A handler may drop the last reference to its own state machine, as the last thing that it does. A change that
+//     others watch may make them drop it too: an action that goes on after such a change begins with
+//     `const Mox::Ptr<Sm> self(this);`.
+//   - A state machine from which another one derives makes `forEachReactor` virtual, for an action of one type; the
+//     derived one calls it for its own reactors and then for those of its base, and tears down in its own destructor.
 //
 // Thread-safety: none; all handlers run on the activity thread, one at a time.
 
@@ -70,7 +74,7 @@ template <class Self, class Sm, class Notifier, class Base = PtrInterface::Notif
 class Reactor : public Base, private AllocationTrack<Self> {
  public:
   /// A reactor on nothing yet.
-  explicit Reactor(Sm* sm) noexcept : sm_(sm) { this->hasNotificationActiveIs(true); }
+  explicit Reactor(Sm* sm) : sm_(sm) { this->hasNotificationActiveIs(true); }
   Reactor(Sm* sm, const Ptr<const Notifier>& notifier) : Reactor(sm) { notifierIs(notifier); }
 
   [[nodiscard]] const Notifier* notifier() const noexcept { return static_cast<const Notifier*>(Base::notifier()); }
@@ -84,11 +88,11 @@ class Reactor : public Base, private AllocationTrack<Self> {
 };
 
 /// Base of a state machine. `Self` provides `forEachReactor(act)`, which calls `act` with each reactor, and with each
-/// child state machine; null pointers are fine.
+/// child state machine, whose reactors are switched and retired with it; null pointers are fine.
 template <class Self>
 class StateMachine : public Notifier {
  public:
-  /// False until `handleInitialized` has run; handlers return at once before.
+  /// False until `handleInitialized` has run; each handler tests it, and returns at once before.
   [[nodiscard]] bool initialized() const noexcept { return initialized_; }
   void initializedIs(bool value) noexcept { initialized_ = value; }
 
@@ -102,7 +106,11 @@ class StateMachine : public Notifier {
   void moxDoZombieReactors(bool zombie) override {
     if (!zombie) return;
     forEach([](PtrInterface& r) {
-      if (auto* reactor = dynamic_cast<NotifieeConst*>(&r)) reactor->notifierIs(nullptr);
+      if (auto* reactor = dynamic_cast<NotifieeConst*>(&r)) {
+        reactor->notifierIs(nullptr);
+      } else {
+        r.moxDoZombieReactors(true);
+      }
     });
   }
 

@@ -1,5 +1,6 @@
 #include "mox/String.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <new>

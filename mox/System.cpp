@@ -20,8 +20,8 @@ double read(clockid_t clock) {
 class RealTime final : public TimeSource {
  public:
   double currentTime() override { return read(CLOCK_MONOTONIC); }
-  double presentTime() const override { return read(CLOCK_MONOTONIC); }
-  double coarseTime() const override { return read(CLOCK_MONOTONIC_COARSE); }
+  double presentTime() const noexcept override { return read(CLOCK_MONOTONIC); }
+  double coarseTime() const noexcept override { return read(CLOCK_MONOTONIC_COARSE); }
   void waitUntil(double t) override {
     // In steps, since a far time does not fit a timespec, and until the time is there, since signals cut sleeps short.
     constexpr double longest = 3600.0;

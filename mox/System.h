@@ -28,9 +28,9 @@ class MOX_PUBLIC TimeSource : public PtrInterface {
   /// The present time in seconds, as code under measurement reads it. A virtual source may move on by its tick.
   [[nodiscard]] virtual double currentTime() = 0;
   /// The present time without any effect on the source, for loops and displays.
-  [[nodiscard]] virtual double presentTime() const = 0;
+  [[nodiscard]] virtual double presentTime() const noexcept = 0;
   /// The same, but perhaps some milliseconds old in exchange for being cheap, for log messages.
-  [[nodiscard]] virtual double coarseTime() const = 0;
+  [[nodiscard]] virtual double coarseTime() const noexcept = 0;
   /// Lets the time reach `t`, unless it is later already: sleeps in real time, moves a virtual clock on.
   virtual void waitUntil(double t) = 0;
 };
@@ -41,8 +41,8 @@ class MOX_PUBLIC VirtualTime : public TimeSource {
   ~VirtualTime() override;
 
   [[nodiscard]] double currentTime() override;
-  [[nodiscard]] double presentTime() const override { return now_; }
-  [[nodiscard]] double coarseTime() const override { return now_; }
+  [[nodiscard]] double presentTime() const noexcept override { return now_; }
+  [[nodiscard]] double coarseTime() const noexcept override { return now_; }
   void waitUntil(double t) override;
 
   /// Moves the time on by so many seconds. A negative or unordered number raises RangeException.

@@ -40,7 +40,7 @@ TraceSink& standardError() {
 constinit TraceSink* sink = nullptr;
 constinit bool isWriting = false;
 
-/// Marks the sink as busy. A trace from inside the sink would else go on for ever.
+/// Marks the sink as busy. Otherwise a trace from inside the sink would go on for ever.
 class Writing {
  public:
   Writing() noexcept { isWriting = true; }

@@ -1,22 +1,22 @@
 // Tracing: facilities with levels, and where the lines go.
 //
 // Usage
-//   Mox::TraceHandle lightsTrace("Lights", false);                       // a namespace-scope object of the module
+//   Mox::TraceHandle& lightsTrace = *new Mox::TraceHandle("Lights", false);     // of the module, never destroyed
 //
 //   MOX_TRACE("/src/Lights", lightsTrace, 8) << "handleLit " << lamp->name();
 //
 //   Mox::traceLevelsIs("Lights", Mox::traceLevel(8) | Mox::traceLevel(2));
 //   Mox::traceSinkIs(&mySink);
 //
-// A statement at level N writes when bit N of its facility's mask is set; else it costs a load and a branch, and nothing
-// behind it is evaluated. Anything with a stream operator can be streamed; bool prints as true or false.
+// A statement at level N writes when bit N of its facility's mask is set; otherwise it costs a load and a branch, and
+// nothing behind it is evaluated. Anything with a stream operator can be streamed; bool prints as true or false.
 //
 // Levels of the libraries here: 2 detail of decisions, 3 topology and port life cycle, 4 marking dirty, 5 backlog
 // progress, 6 link up and down, 7 status publisher, 8 entry of a handler, 9 state of the backlog processor.
 //
 // Rules: a facility is known by its name; handles of one name share their mask, which may be set before the first handle
 // exists. Without a sink of one's own, a line goes to standard error as tab-separated fields: time, facility, level,
-// file:line, function, text. Tracing never fails: what a sink throws ends with the statement. A sink that traces itself
+// file:line, function, text. What a sink throws ends with the statement. A sink that traces itself
 // is not called again for that. Everything runs on the activity thread.
 
 #pragma once
@@ -47,7 +47,9 @@ class MOX_PUBLIC TraceHandle {
   ~TraceHandle();
 
   [[nodiscard]] const std::string& facility() const noexcept { return facility_; }
-  [[nodiscard]] bool isEnabled(unsigned level) const noexcept { return (levels_ >> level & 1) != 0; }
+  [[nodiscard]] bool isEnabled(unsigned level) const noexcept {
+    return __builtin_expect(static_cast<long>(levels_ >> level & 1), 0L) != 0;
+  }
 
  private:
   friend MOX_PUBLIC void traceLevelsIs(std::string_view facility, std::uint32_t levels);
@@ -107,9 +109,20 @@ class MOX_PUBLIC TraceStatement {
   std::ostringstream text_;
 };
 
+namespace detail {
+
+/// Gives both branches of a trace statement the type void. Binds looser than the stream operator.
+struct TraceEnd {
+  void operator&(const std::ostream& /*text*/) const noexcept {}
+};
+
+}  // namespace detail
+
 }  // namespace Mox
 
-#define MOX_TRACE(file, handle, level)         \
-  if (!(handle).isEnabled(level)) [[likely]] { \
-  } else                                       \
-    ::Mox::TraceStatement((handle), (level), (file), __LINE__, static_cast<const char*>(__func__)).text()
+// An expression, so that it stands wherever a statement may, an `if` without braces included.
+#define MOX_TRACE(file, handle, level) \
+  !(handle).isEnabled(level)           \
+      ? static_cast<void>(0)           \
+      : ::Mox::detail::TraceEnd() &    \
+            ::Mox::TraceStatement((handle), (level), (file), __LINE__, static_cast<const char*>(__func__)).text()

@@ -3,18 +3,19 @@
 // A module (a shared library, as a rule) registers descriptions of its types from a static initialiser:
 //
 //   const bool registered = Mox::moxModuleIs(
-//       "Lights", {Mox::enumerationType<Colour>(), Mox::entityType<Lamp>(Lamp::activeAttr, Lamp::portAttr)});
+//       "Lights", {Mox::enumerationType<Colour>(), Mox::entityType<Lamp>(Lamp::litAttr, Lamp::bulbAttr)});
 //
 // Tools use them: the entity printer to name an entity's type, a change feed to name the attribute that changed, a
 // shell to list an enumeration's values. Types that nobody registered have a description with just their name.
 
 #pragma once
 
-#include <initializer_list>
+#include <cstdint>
 #include <ostream>
 #include <string>
 #include <string_view>
 #include <typeinfo>
+#include <utility>
 #include <vector>
 
 #include "mox/Attribute.h"

@@ -31,7 +31,7 @@ class MOX_PUBLIC DirtyVlan : public Mox::Entity {
   /// intf[intf]: the ports to process when it is not the whole VLAN. A port is in it while its key is present.
   [[nodiscard]] const auto& intf() const noexcept { return intf_; }
   [[nodiscard]] const bool* intf(Quill::IntfId intf) const noexcept { return intf_.find(intf); }
-  void intfIs(Quill::IntfId intf, bool v) { valueIs(intf_, intfAttr, intf, v); }
+  void intfIs(Quill::IntfId intf, bool v = true) { valueIs(intf_, intfAttr, intf, v); }
   void intfDel(Quill::IntfId intf) { valueDel(intf_, intfAttr, intf); }
   void intfDelAll() { valueDelAll(intf_, intfAttr); }
 

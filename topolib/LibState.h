@@ -58,7 +58,7 @@ class MOX_PUBLIC Port : public Mox::Entity {
   void vlanPortConfigDelAll() { valueDelAll(vlanPortConfig_, vlanPortConfigAttr); }
 
   /// Whether the port takes part in the topology: configured there, present by its status, and its link up where that
-  /// counts. State and flush counter are those of the configuration while it is active, and zero else.
+  /// counts. State and flush counter are those of the configuration while it is active, and zero otherwise.
   [[nodiscard]] bool active() const noexcept { return active_; }
   void activeIs(bool v) { scalarIs(active_, v, activeAttr); }
 

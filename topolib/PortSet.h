@@ -1,4 +1,5 @@
 // A set of interfaces that notifies nobody: the backlog processor's record of the ports it has served and has yet to.
+// Counted, so that it can be handed around, and not copied.
 
 #pragma once
 
@@ -17,7 +18,7 @@ class MOX_PUBLIC PortSet : public Mox::PtrInterface {
   /// port[intf]: an interface is in the set while its key is present, whatever the value.
   [[nodiscard]] const auto& port() const noexcept { return port_; }
   [[nodiscard]] const bool* port(Quill::IntfId intf) const noexcept { return port_.find(intf); }
-  void portIs(Quill::IntfId intf, bool v) { port_.insertOrAssign(intf, v); }
+  void portIs(Quill::IntfId intf, bool v = true) { port_.insertOrAssign(intf, v); }
   void portDel(Quill::IntfId intf) { port_.erase(intf); }
   void portDelAll() { port_.clear(); }
 

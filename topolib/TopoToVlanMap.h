@@ -24,7 +24,7 @@ class MOX_PUBLIC MappedVlan : public Mox::NamedEntity {
   /// vlan[vid]: a VLAN is registered while its key is present, whatever the value.
   [[nodiscard]] const auto& vlan() const noexcept { return vlan_; }
   [[nodiscard]] const bool* vlan(Bridging::VlanId vid) const noexcept { return vlan_.find(vid); }
-  void vlanIs(Bridging::VlanId vid, bool v) { valueIs(vlan_, vlanAttr, vid, v); }
+  void vlanIs(Bridging::VlanId vid, bool v = true) { valueIs(vlan_, vlanAttr, vid, v); }
   void vlanDel(Bridging::VlanId vid) { valueDel(vlan_, vlanAttr, vid); }
   void vlanDelAll() { valueDelAll(vlan_, vlanAttr); }
 

@@ -35,7 +35,7 @@ class MOX_PUBLIC VlanToVlanSet : public Mox::Entity {
 [[nodiscard]] MOX_PUBLIC Mox::Ptr<VlanToVlanSet> vlanToVlanSetFactory(Bridging::VlanId vid);
 
 /// By VLAN, the floodset-expanded VLANs that it points to; and its inverse, by expanded VLAN the VLANs that point to it.
-/// Each iterates in an order of its own, so that nothing can come to depend on the two agreeing.
+/// Each iterates in an order of its own.
 using VlanToExpVlanSetMap = Mox::EntityCollection<Bridging::VlanId, VlanToVlanSet, Mox::FixedSeed<3100735116>>;
 using ExpVlanToVlanSetMap = Mox::EntityCollection<Bridging::VlanId, VlanToVlanSet, Mox::FixedSeed<1759628072>>;
 

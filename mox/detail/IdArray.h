@@ -14,6 +14,8 @@ namespace Mox::detail {
 
 template <class V>
 class IdArray {
+  static_assert(alignof(V) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
+
  public:
   IdArray() noexcept = default;
   IdArray(const IdArray&) = delete;

@@ -18,6 +18,8 @@ namespace Mox::detail {
 /// Up to 64 values at packed places: the place of id i is the number of members below it.
 template <class V>
 class IdPage {
+  static_assert(alignof(V) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
+
  public:
   using Bits = std::uint64_t;
 
@@ -69,7 +71,7 @@ class IdPage {
 
  private:
   [[nodiscard]] static constexpr std::size_t header() noexcept {
-    // The values start right behind the capacity, in what would else be padding.
+    // The values start right behind the capacity, in what would be padding.
     constexpr std::size_t used = sizeof(Bits) + sizeof(std::uint16_t);
     return (used + alignof(V) - 1) / alignof(V) * alignof(V);
   }

@@ -46,6 +46,7 @@ struct IsTriviallyRelocatable<SlotContent<K, V>> {
 template <class K, class V>
 class Slot {
   using Content = SlotContent<K, V>;
+  static_assert(alignof(Content) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
 
  public:
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the storage is raw.
@@ -54,7 +55,9 @@ class Slot {
   }
   /// A slot moves as relocate() does it: to raw storage, leaving raw storage behind.
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the storage is raw.
-  Slot(Slot&& other) noexcept : hash_(other.hash_) { relocate(content(), other.content(), 1); }
+  Slot(Slot&& other) noexcept : hash_(other.hash_) {
+    relocate(reinterpret_cast<Content*>(storage_.data()), other.content(), 1);
+  }
   Slot& operator=(Slot&&) = delete;
 
   [[nodiscard]] std::uint64_t hash() const noexcept { return hash_; }

@@ -72,17 +72,9 @@ TEST(VlanIdOrNone, ofNumberOutOfRangeRaisesRangeException) {
 template <class Number>
 class VlanIdFrom : public testing::Test {};
 
-class NumberNames {
- public:
-  template <class Number>
-  static std::string GetName(int /*index*/) {
-    return (std::is_signed_v<Number> ? "int" : "uint") + std::to_string(8 * sizeof(Number));
-  }
-};
-
 using Numbers = testing::Types<std::int8_t, std::uint8_t, std::int16_t, std::uint16_t, std::int32_t, std::uint32_t,
                                std::int64_t, std::uint64_t>;
-TYPED_TEST_SUITE(VlanIdFrom, Numbers, NumberNames);
+TYPED_TEST_SUITE(VlanIdFrom, Numbers);
 
 /// Those of some numbers that the type can hold. 65546 and 4294967306 are 10 in their lower 16 bits.
 template <class Number>

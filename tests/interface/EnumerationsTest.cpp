@@ -63,16 +63,8 @@ class InterfaceEnumeration : public testing::Test {
   }
 };
 
-class EnumNames {
- public:
-  template <class Enum>
-  static std::string GetName(int /*index*/) {
-    return Expected<Enum>::type;
-  }
-};
-
 using Enumerations = testing::Types<LinkStatus, ForwardingModel>;
-TYPED_TEST_SUITE(InterfaceEnumeration, Enumerations, EnumNames);
+TYPED_TEST_SUITE(InterfaceEnumeration, Enumerations);
 
 TYPED_TEST(InterfaceEnumeration, hasNoOtherValues) {
   EXPECT_EQ(moxEnumValues(TypeParam()).size(), this->names().size());

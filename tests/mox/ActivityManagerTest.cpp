@@ -261,6 +261,15 @@ TEST_F(ActivityLoop, runAgainGoesOnWithWhatIsLeft) {
   EXPECT_EQ(time->presentTime(), 2.0);
 }
 
+TEST_F(ActivityLoop, stopEndsTheRunsAroundToo) {
+  const Alarm outer(clock, journal, "outer", 1.0, [&] { manager->run(); });
+  const Alarm stopper(clock, journal, "stopper", 2.0, [&] { manager->stop(); });
+  const Alarm later(clock, journal, "later", 3.0);
+  manager->run();
+  EXPECT_EQ(journal, (Journal{"outer", "stopper"}));
+  EXPECT_EQ(manager->nextDue(), 3.0);
+}
+
 TEST_F(ActivityLoop, stopHasNoEffectOnALaterRun) {
   manager->stop();
   const Alarm alarm(clock, journal, "a");

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <compare>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -56,23 +56,23 @@ using Test::Watched;
 constexpr std::size_t many = 100'000;
 
 /// Keys as they come in practice: counted, in steps of powers of two, in pairs of small words, at random.
-std::vector<Number> keys(int pattern) {
+std::vector<Number> keys(std::size_t pattern) {
   Random random;
   std::vector<Number> result;
   for (std::uint64_t i = 0; i < many; ++i) {
-    const std::uint64_t patterns[] = {i,
-                                      i << 6,
-                                      i << 16,
-                                      i << 32,
-                                      i << 46,
-                                      (i % 64) << 32 | i / 64,
-                                      (i % 64) << 56 | i / 64 << 8,
-                                      random.bits() >> 1};
+    const std::array patterns{i,
+                              i << 6,
+                              i << 16,
+                              i << 32,
+                              i << 46,
+                              (i % 64) << 32 | i / 64,
+                              (i % 64) << 56 | i / 64 << 8,
+                              random.bits() >> 1};
     result.push_back({patterns[pattern]});
   }
   return result;
 }
-constexpr int patterns = 8;
+constexpr std::size_t patterns = 8;
 
 template <class Seed>
 class HashMapCost : public testing::Test {};
@@ -81,7 +81,7 @@ TYPED_TEST_SUITE(HashMapCost, Seeds);
 
 TYPED_TEST(HashMapCost, insertionAndRemovalMoveFewValues) {
   SCOPED_TRACE(seedTrace());
-  for (int pattern = 0; pattern < patterns; ++pattern) {
+  for (std::size_t pattern = 0; pattern < patterns; ++pattern) {
     HashMap<Number, SelfPointing, TypeParam> map;
     const auto all = keys(pattern);
     SelfPointing::moves = 0;
@@ -97,7 +97,7 @@ TYPED_TEST(HashMapCost, changesAtFullLoadMoveFewValues) {
   SCOPED_TRACE(seedTrace());
   // As many members as fit before the map grows.
   constexpr std::size_t full = (std::size_t{1} << 16) / 4 * 3;
-  for (int pattern = 0; pattern < patterns; ++pattern) {
+  for (std::size_t pattern = 0; pattern < patterns; ++pattern) {
     HashMap<Number, SelfPointing, TypeParam> map;
     const auto all = keys(pattern);
     for (std::size_t i = 0; i < full; ++i) map.insert(all[i], SelfPointing(0));

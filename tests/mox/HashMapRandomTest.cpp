@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -28,7 +29,7 @@ struct Spread {
   static std::vector<Key> keys(std::size_t n, Random& random) {
     std::vector<Key> keys;
     for (std::uint64_t i = 0; i < n; ++i) {
-      const std::uint64_t values[] = {i, i << 20, i << 32, i << 44, random.bits() >> 1};
+      const std::array values{i, i << 20, i << 32, i << 44, random.bits() >> 1};
       keys.push_back({values[i % 5]});
     }
     return keys;
@@ -75,7 +76,7 @@ struct Names {
   using Key = String;
   static std::vector<Key> keys(std::size_t n, Random& /*random*/) {
     std::vector<Key> keys{""};
-    for (std::size_t i = 1; i < n; ++i) keys.push_back(String("Ethernet" + std::to_string(i)));
+    for (std::size_t i = 1; i < n; ++i) keys.emplace_back("Ethernet" + std::to_string(i));
     return keys;
   }
 };

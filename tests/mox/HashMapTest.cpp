@@ -60,7 +60,8 @@ TYPED_TEST(HashMapSeeds, numbersIterateInOrderOfHash) {
 TYPED_TEST(HashMapSeeds, namesIterateInOrderOfHash) {
   HashMap<String, int, TypeParam> map;
   std::vector<String> expected;
-  for (int i = 0; i < 500; ++i) expected.push_back("Ethernet" + std::to_string(i));
+  expected.reserve(500);
+  for (int i = 0; i < 500; ++i) expected.emplace_back("Ethernet" + std::to_string(i));
   for (const String& key : expected) map.insert(key, 0);
   std::sort(expected.begin(), expected.end(), [](const String& a, const String& b) {
     return TypeParam::value().hash(a.hash()) < TypeParam::value().hash(b.hash());

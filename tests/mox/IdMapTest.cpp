@@ -132,15 +132,15 @@ TEST_P(IdMapOrders, insertionMovesFewValues) {
   IdMap<SmallId, SelfPointing> map;
   SelfPointing::moves = 0;
   for (const SmallId id : ids) map.insert(id, SelfPointing(id.value));
-  EXPECT_LT(SelfPointing::moves / ids.size(), 100U);
+  EXPECT_LT(SelfPointing::moves / ids.size(), 150U);
   SelfPointing::moves = 0;
   for (const SmallId id : ids) map.erase(id);
-  EXPECT_LT(SelfPointing::moves / ids.size(), 100U);
+  EXPECT_LT(SelfPointing::moves / ids.size(), 150U);
 }
 
 TEST(IdMap, leastAndGreatestIdsAreMembersLikeOthers) {
   IdMap<SmallId, int> map;
-  for (const std::size_t filling : {0, 40, 400}) {
+  for (const std::size_t filling : {0U, 40U, 400U}) {
     for (std::size_t n = 0; n < filling; ++n) map.insert(smallId(1000 + n), 0);
     map.insert(smallId(0), 1);
     map.insert(smallId(4095), 2);
@@ -161,7 +161,7 @@ TEST(IdMap, leastAndGreatestIdsAreMembersLikeOthers) {
 }
 
 TEST(IdMap, passThatStandsAtGreatestIdEndsWhateverChanges) {
-  for (const std::size_t filling : {1, 400}) {
+  for (const std::size_t filling : {1U, 400U}) {
     IdMap<SmallId, int> map;
     for (std::size_t n = 0; n < filling; ++n) map.insert(smallId(n), 0);
     map.insert(smallId(4095), 0);
@@ -197,7 +197,7 @@ TEST(IdMap, interleavedIdsDoNotMakePages) {
 }
 
 TEST(IdMap, passGoesOnWhenBlockBecomesPages) {
-  for (const std::size_t place : {0, 5, 99}) {
+  for (const std::size_t place : {0U, 5U, 99U}) {
     IdMap<SmallId, std::size_t> map;
     for (std::size_t n = 0; n < 100; ++n) map.insert(smallId(n * 2), n * 2);
     auto i = map.startAtHash(smallId(place * 2));
@@ -214,7 +214,7 @@ TEST(IdMap, passGoesOnWhenBlockBecomesPages) {
 }
 
 TEST(IdMap, passGoesOnWhenPagesBecomeBlock) {
-  for (const std::size_t place : {0, 50, 1999, 3999}) {
+  for (const std::size_t place : {0U, 50U, 1999U, 3999U}) {
     IdMap<SmallId, std::size_t> map;
     for (std::size_t n = 0; n < 4000; ++n) map.insert(smallId(n), n);
     auto i = map.startAtHash(smallId(place));

@@ -24,7 +24,7 @@ using Test::Triple;
 
 template <class Kind>
 class MapMemory : public Test::MapSuite<Kind> {
- protected:
+ public:
   using typename Test::MapSuite<Kind>::Key;
   using SelfPointingMap = typename Kind::template Map<SelfPointing>;
 

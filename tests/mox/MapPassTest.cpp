@@ -14,7 +14,7 @@ namespace {
 
 template <class Kind>
 class MapPass : public Test::MapSuite<Kind> {
- protected:
+ public:
   using typename Test::MapSuite<Kind>::Key;
 
   /// All the keys in the order of a pass; members are those at even places.

@@ -115,8 +115,8 @@ class OddSource : public TimeSource {
   ~OddSource() override { endedAt_ = System::presentTime(); }
 
   double currentTime() override { return 1.0; }
-  double presentTime() const override { return 2.0; }
-  double coarseTime() const override { return 3.0; }
+  double presentTime() const noexcept override { return 2.0; }
+  double coarseTime() const noexcept override { return 3.0; }
   void waitUntil(double /*t*/) override {}
 
  private:

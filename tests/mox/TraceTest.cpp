@@ -222,6 +222,13 @@ TEST_F(Trace, statementBindsLikeOneInAnIfWithoutBraces) {
   EXPECT_EQ(sink.texts(), (Texts{"lit"}));
 }
 
+TEST_F(Trace, statementMayBeGuardedWithoutBraces) {
+  for (const bool isLit : {true, false}) {
+    if (isLit) MOX_TRACE("/src/Lights", handle, 1) << "lit";
+  }
+  EXPECT_EQ(sink.texts(), (Texts{"lit"}));
+}
+
 TEST_F(Trace, statementMayBeTheElseOrTheBodyOfALoop) {
   bool isLit = true;
   if (isLit)

@@ -86,19 +86,19 @@ class Reference {
     for (std::size_t i = 0; i < name_.size();) {
       const std::size_t end = std::min(name_.find_first_not_of("0123456789", i), name_.size());
       if (end == i) {
-        parts_.push_back({static_cast<unsigned char>(name_[i++]), {}});
+        parts_.emplace_back(static_cast<unsigned char>(name_[i++]), std::string());
         continue;
       }
       std::string number = name_.substr(i, end - i);
       number.erase(0, number.find_first_not_of('0'));
       // Numbers as texts of one length compare as numbers; where one meets another byte, digits are '0' to '9'.
-      parts_.push_back({'0', std::string(100 - number.size(), '0') + number});
+      parts_.emplace_back('0', std::string(100 - number.size(), '0') + number);
       i = end;
     }
   }
 
   friend std::strong_ordering operator<=>(const Reference& a, const Reference& b) {
-    if (const auto order = a.parts_ <=> b.parts_; order != 0) return order;
+    if (const auto order = a.parts_ <=> b.parts_; std::is_neq(order)) return order;
     return a.name_ <=> b.name_;
   }
 
@@ -134,11 +134,12 @@ TEST(IntfIdOrder, isStrictAndTotalOnRandomNames) {
   SCOPED_TRACE(seedTrace());
   Random random;
   std::vector<IntfId> ids;
+  ids.reserve(60);
   for (int i = 0; i < 60; ++i) ids.emplace_back(randomName(random));
   for (const IntfId a : ids) {
     for (const IntfId b : ids) {
-      ASSERT_EQ(a <=> b == 0, a == b) << a << ' ' << b;
-      ASSERT_EQ(a <=> b, 0 <=> (b <=> a)) << a << ' ' << b;
+      ASSERT_EQ(std::is_eq(a <=> b), a == b) << a << ' ' << b;
+      ASSERT_EQ(std::is_lt(a <=> b), std::is_gt(b <=> a)) << a << ' ' << b;
       for (const IntfId c : ids) {
         ASSERT_TRUE(!(a < b && b < c) || a < c) << a << ' ' << b << ' ' << c;
       }
@@ -150,6 +151,7 @@ TEST(IntfIdOrder, sortsAsThePlainReference) {
   SCOPED_TRACE(seedTrace());
   Random random;
   std::vector<std::string> names;
+  names.reserve(2'000);
   for (int i = 0; i < 2'000; ++i) names.push_back(randomName(random));
   std::vector<IntfId> ids(names.begin(), names.end());
   std::sort(ids.begin(), ids.end());

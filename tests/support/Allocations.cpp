@@ -2,52 +2,54 @@
 
 #include <dlfcn.h>
 
-#include <cstdlib>
 #include <new>
-#include <optional>
 #include <unordered_map>
+#include <utility>
 
 namespace Test {
-namespace {
 
-/// Memory for the books, which must not be booked itself.
-template <class T>
-struct UncountedAllocator {
-  using value_type = T;
-
-  UncountedAllocator() noexcept = default;
-  template <class U>
-  explicit UncountedAllocator(const UncountedAllocator<U>& /*other*/) noexcept {}
-  [[nodiscard]] T* allocate(std::size_t n) { return static_cast<T*>(std::malloc(n * sizeof(T))); }
-  void deallocate(T* p, std::size_t /*n*/) noexcept { std::free(p); }
-  friend bool operator==(const UncountedAllocator&, const UncountedAllocator&) noexcept { return true; }
-};
-
-struct Books {
-  std::unordered_map<void*, std::size_t, std::hash<void*>, std::equal_to<>,
-                     UncountedAllocator<std::pair<void* const, std::size_t>>>
-      sizes;
+struct AllocationBooks {
+  std::unordered_map<void*, std::size_t> sizes;
   std::size_t made = 0;
   std::size_t bytes = 0;
 };
 
-std::optional<Books> books;
+namespace {
+
+AllocationBooks* openBooks = nullptr;
 bool isFailing = false;
 std::size_t sparedAllocations = 0;
 
+/// Keeps what the books themselves allocate from being booked, and from failing.
+class BooksAside {
+ public:
+  BooksAside() : books(std::exchange(openBooks, nullptr)), wasFailing_(std::exchange(isFailing, false)) {}
+  BooksAside(const BooksAside&) = delete;
+  BooksAside& operator=(const BooksAside&) = delete;
+  ~BooksAside() {
+    openBooks = books;
+    isFailing = wasFailing_;
+  }
+
+  AllocationBooks* const books;
+
+ private:
+  bool wasFailing_;
+};
+
 void allocated(void* block, std::size_t size) {
-  if (!books) return;
-  books->sizes[block] = size;
-  books->bytes += size;
-  ++books->made;
+  const BooksAside aside;
+  aside.books->sizes[block] = size;
+  aside.books->bytes += size;
+  ++aside.books->made;
 }
 
 void freed(void* block) noexcept {
-  if (!books) return;
-  const auto found = books->sizes.find(block);
-  if (found == books->sizes.end()) return;
-  books->bytes -= found->second;
-  books->sizes.erase(found);
+  const BooksAside aside;
+  const auto found = aside.books->sizes.find(block);
+  if (found == aside.books->sizes.end()) return;
+  aside.books->bytes -= found->second;
+  aside.books->sizes.erase(found);
 }
 
 /// The operator that is replaced: that of a sanitizer, which checks more, or that of the standard library.
@@ -58,10 +60,10 @@ Operator* replaced(const char* name) {
 
 }  // namespace
 
-AllocationCount::AllocationCount() { books.emplace(); }
-AllocationCount::~AllocationCount() { books.reset(); }
-std::size_t AllocationCount::made() const { return books->made; }
-std::size_t AllocationCount::bytes() const { return books->bytes; }
+AllocationCount::AllocationCount() : books_(std::make_unique<AllocationBooks>()) { openBooks = books_.get(); }
+AllocationCount::~AllocationCount() { openBooks = nullptr; }
+std::size_t AllocationCount::made() const { return books_->made; }
+std::size_t AllocationCount::bytes() const { return books_->bytes; }
 
 FailingAllocations::FailingAllocations(std::size_t spared) {
   sparedAllocations = spared;
@@ -72,24 +74,24 @@ FailingAllocations::~FailingAllocations() { isFailing = false; }
 }  // namespace Test
 
 void* operator new(std::size_t size) {
-  if (Test::isFailing && Test::sparedAllocations-- == 0) {
-    Test::sparedAllocations = 0;
-    throw std::bad_alloc();
+  if (Test::isFailing) {
+    if (Test::sparedAllocations == 0) throw std::bad_alloc();
+    --Test::sparedAllocations;
   }
   static auto* const next = Test::replaced<void*(std::size_t)>("_Znwm");
   void* const block = next(size);
-  Test::allocated(block, size);
+  if (Test::openBooks != nullptr) Test::allocated(block, size);
   return block;
 }
 
 void operator delete(void* block) noexcept {
   static auto* const next = Test::replaced<void(void*)>("_ZdlPv");
-  Test::freed(block);
+  if (Test::openBooks != nullptr) Test::freed(block);
   next(block);
 }
 
 void operator delete(void* block, std::size_t size) noexcept {
   static auto* const next = Test::replaced<void(void*, std::size_t)>("_ZdlPvm");
-  Test::freed(block);
+  if (Test::openBooks != nullptr) Test::freed(block);
   next(block, size);
 }

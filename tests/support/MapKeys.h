@@ -2,7 +2,6 @@
 
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <limits>
 #include <ostream>
@@ -15,7 +14,8 @@ namespace Test {
 struct Number {
   std::uint64_t value = 0;
 
-  friend auto operator<=>(Number, Number) = default;
+  friend bool operator==(Number, Number) = default;
+  friend bool operator<(Number a, Number b) { return a.value < b.value; }
   friend std::ostream& operator<<(std::ostream& out, Number n) { return out << n.value; }
 };
 
@@ -24,7 +24,8 @@ template <class Bits>
 struct Loose {
   std::uint32_t value = 0;
 
-  friend auto operator<=>(Loose, Loose) = default;
+  friend bool operator==(Loose, Loose) = default;
+  friend bool operator<(Loose a, Loose b) { return a.value < b.value; }
   friend std::ostream& operator<<(std::ostream& out, Loose n) { return out << n.value; }
 };
 
@@ -50,7 +51,8 @@ using Grouped = Loose<FewBits>;
 struct SmallId {
   std::uint16_t value = 0;
 
-  friend auto operator<=>(SmallId, SmallId) = default;
+  friend bool operator==(SmallId, SmallId) = default;
+  friend bool operator<(SmallId a, SmallId b) { return a.value < b.value; }
   friend std::ostream& operator<<(std::ostream& out, SmallId id) { return out << id.value; }
 };
 

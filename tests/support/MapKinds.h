@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -60,7 +62,7 @@ using MapKinds = testing::Types<Numbers, Names, Ties, FewIds, ManyIds>;
 
 struct MapKindNames {
   template <class Kind>
-  static std::string GetName(int /*index*/) {
+  static std::string GetName(int /*index*/) {  // NOLINT(readability-identifier-naming): GoogleTest calls it so.
     if constexpr (std::is_same_v<Kind, Numbers>) return "Numbers";
     if constexpr (std::is_same_v<Kind, Names>) return "Names";
     if constexpr (std::is_same_v<Kind, Ties>) return "Ties";

@@ -5,8 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <optional>
@@ -91,8 +95,8 @@ class MapModel {
   [[nodiscard]] const Key& anyKey() { return keys_[random_.below(keys_.size())]; }
 
   void aimAtSize() {
-    static constexpr unsigned shares[] = {0, 2, 10, 50, 100};
-    aim_ = keys_.size() * shares[random_.below(std::size(shares))] / 100;
+    static constexpr std::array shares{0U, 2U, 10U, 50U, 100U};
+    aim_ = keys_.size() * shares[random_.below(shares.size())] / 100;
   }
 
   void step() {

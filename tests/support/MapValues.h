@@ -19,7 +19,7 @@ struct Triple {
   std::uint32_t b = 0;
   std::uint32_t c = 0;
 
-  friend auto operator<=>(const Triple&, const Triple&) = default;
+  friend bool operator==(const Triple&, const Triple&) = default;
 };
 
 /// A value that knows where it is, so that its bytes alone cannot be moved. It counts what lives and what went wrong.

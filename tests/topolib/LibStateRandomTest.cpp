@@ -179,10 +179,10 @@ class Writer {
  public:
   explicit Writer(Random& random) : random_(random) {}
 
-  const Ptr<LibState> state = libStateFactory("state");
-  StateModel model;
+  [[nodiscard]] const LibState& state() const { return *state_; }
+  [[nodiscard]] const StateModel& model() const { return model_; }
   /// How many notifications the operations so far should have given.
-  std::size_t changes = 0;
+  [[nodiscard]] std::size_t changes() const { return changes_; }
 
   void act() {
     switch (random_.below(100)) {
@@ -221,32 +221,32 @@ class Writer {
   }
 
   Ptr<Topo> topoIs(const String& name) {
-    changes += model.topos.try_emplace(name).second ? 1 : 0;
-    return state->topoIs(name);
+    changes_ += model_.topos.try_emplace(name).second ? 1 : 0;
+    return state_->topoIs(name);
   }
   Ptr<Port> portIs(Topo& topo, const String& name, IntfId intf) {
-    changes += model.topos[name].try_emplace(intf).second ? 1 : 0;
+    changes_ += model_.topos[name].try_emplace(intf).second ? 1 : 0;
     return topo.portIs(intf);
   }
   void delTopo(const String& name) {
-    changes += model.topos.erase(name);
-    state->topoDel(name);
+    changes_ += model_.topos.erase(name);
+    state_->topoDel(name);
   }
   void delAllTopos() {
-    changes += model.topos.size();
-    model.topos.clear();
-    state->topoDelAll();
+    changes_ += model_.topos.size();
+    model_.topos.clear();
+    state_->topoDelAll();
   }
   void delAllPorts() {
     const String name = anyName();
     const Ptr<Topo> topo = topoIs(name);
-    changes += model.topos[name].size();
-    model.topos[name].clear();
+    changes_ += model_.topos[name].size();
+    model_.topos[name].clear();
     topo->portDelAll();
   }
   void initDoneIs(bool v) {
-    write(model.initDone, v);
-    state->initDoneIs(v);
+    write(model_.initDone, v);
+    state_->initDoneIs(v);
   }
 
   /// Many ports in a topology, or many VLANs on a port, so that the collections change their form.
@@ -268,25 +268,25 @@ class Writer {
     const IntfId intf = anyIntf();
     const Ptr<Topo> topo = topoIs(name);
     if (random_.percent(8)) {
-      changes += model.topos[name].erase(intf);
-      strays_.push_back(topo->port(intf));
+      changes_ += model_.topos[name].erase(intf);
+      strays_.emplace_back(topo->port(intf));
       return topo->portDel(intf);
     }
     const Ptr<Port> port = portIs(*topo, name, intf);
     switch (random_.below(10)) {
       case 0: {
         const bool active = random_.percent(50);
-        write(model.topos[name][intf].active, active);
+        write(model_.topos[name][intf].active, active);
         return port->activeIs(active);
       }
       case 1: {
         const auto portState = static_cast<PortState>(random_.below(4));
-        write(model.topos[name][intf].state, portState);
+        write(model_.topos[name][intf].state, portState);
         return port->stateIs(portState);
       }
       case 2: {
         const auto count = static_cast<std::uint32_t>(random_.below(3));
-        write(model.topos[name][intf].fdbFlush, count);
+        write(model_.topos[name][intf].fdbFlush, count);
         return port->fdbFlushIs(count);
       }
       case 3:
@@ -294,13 +294,13 @@ class Writer {
       case 4:
       case 5: {
         const VlanId vid = anyVlan();
-        changes += model.topos[name][intf].vlans.erase(vid);
+        changes_ += model_.topos[name][intf].vlans.erase(vid);
         return port->vlanPortConfigDel(vid);
       }
       case 6: {
         if (random_.percent(80)) return;
-        auto& vlans = model.topos[name][intf].vlans;
-        changes += vlans.size();
+        auto& vlans = model_.topos[name][intf].vlans;
+        changes_ += vlans.size();
         vlans.clear();
         return port->vlanPortConfigDelAll();
       }
@@ -310,8 +310,8 @@ class Writer {
   }
 
   void vlanPortConfigIs(Port& port, const String& name, IntfId intf, VlanId vid, const VlanPortConfig& config) {
-    const auto [place, isNew] = model.topos[name][intf].vlans.try_emplace(vid, config);
-    if (isNew) ++changes;
+    const auto [place, isNew] = model_.topos[name][intf].vlans.try_emplace(vid, config);
+    if (isNew) ++changes_;
     write(place->second, config);
     port.vlanPortConfigIs(vid, config);
   }
@@ -327,11 +327,14 @@ class Writer {
 
   template <class T>
   void write(T& stored, const T& value) {
-    changes += stored == value ? 0 : 1;
+    changes_ += stored == value ? 0 : 1;
     stored = value;
   }
 
   Random& random_;
+  Ptr<LibState> state_ = libStateFactory("state");
+  StateModel model_;
+  std::size_t changes_ = 0;
   std::vector<Ptr<Port>> strays_;
 };
 
@@ -340,13 +343,13 @@ TEST(LibStateRandom, isItsModelAndNotifiesEveryChangeOnce) {
   Random random;
   Writer writer(random);
   Watch watch;
-  const auto mirror = Mox::makePtr<StateMirror>(watch, *writer.state);
+  const auto mirror = Mox::makePtr<StateMirror>(watch, writer.state());
   for (int i = 0; i < 10'000; ++i) {
     writer.act();
-    ASSERT_EQ(watch.notifications, writer.changes) << "step " << i;
+    ASSERT_EQ(watch.notifications, writer.changes()) << "step " << i;
     if (i % 8 != 0) continue;
-    ASSERT_TRUE(readState(*writer.state) == writer.model) << "step " << i;
-    ASSERT_TRUE(mirror->model() == writer.model) << "step " << i;
+    ASSERT_TRUE(readState(writer.state()) == writer.model()) << "step " << i;
+    ASSERT_TRUE(mirror->model() == writer.model()) << "step " << i;
   }
 }
 
@@ -357,10 +360,10 @@ TEST(LibStateRandom, readerThatComesLateCatchesUp) {
   for (int round = 0; round < 20; ++round) {
     for (int i = 0; i < 50; ++i) writer.act();
     Watch watch;
-    const auto mirror = Mox::makePtr<StateMirror>(watch, *writer.state);
-    ASSERT_TRUE(mirror->model() == writer.model) << "round " << round;
+    const auto mirror = Mox::makePtr<StateMirror>(watch, writer.state());
+    ASSERT_TRUE(mirror->model() == writer.model()) << "round " << round;
     for (int i = 0; i < 50; ++i) writer.act();
-    ASSERT_TRUE(mirror->model() == writer.model) << "round " << round;
+    ASSERT_TRUE(mirror->model() == writer.model()) << "round " << round;
   }
 }
 
@@ -382,13 +385,13 @@ TEST(LibStateRandom, readersAgreeWhenOneOfThemWrites) {
     writer.act();
     --depth;
   };
-  const auto first = Mox::makePtr<StateMirror>(before, *writer.state);
-  const auto meddler = Mox::makePtr<StateMirror>(meddling, *writer.state);
-  const auto last = Mox::makePtr<StateMirror>(after, *writer.state);
+  const auto first = Mox::makePtr<StateMirror>(before, writer.state());
+  const auto meddler = Mox::makePtr<StateMirror>(meddling, writer.state());
+  const auto last = Mox::makePtr<StateMirror>(after, writer.state());
   for (int i = 0; i < 3'000; ++i) {
     writer.act();
     if (i % 8 != 0) continue;
-    const StateModel present = readState(*writer.state);
+    const StateModel present = readState(writer.state());
     ASSERT_TRUE(first->model() == present) << "step " << i;
     ASSERT_TRUE(meddler->model() == present) << "step " << i;
     ASSERT_TRUE(last->model() == present) << "step " << i;

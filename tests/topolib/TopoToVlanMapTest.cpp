@@ -116,6 +116,43 @@ TEST(TopoToVlanMap, leavesHeldMembersBehindWhenItEnds) {
   EXPECT_NE(mapped->vlan(10), nullptr);
 }
 
+/// Keeps one map, as a state machine does.
+class Holder : public Mox::Notifier {
+ public:
+  static constexpr Mox::ScalarAttribute topoToVlanMapAttr{0, "topoToVlanMap"};
+
+  [[nodiscard]] const TopoToVlanMap* topoToVlanMap() const { return map_.get(); }
+  Mox::Ptr<TopoToVlanMap> topoToVlanMapIs(const String& name) { return singleIs(map_, topoToVlanMapAttr, name); }
+  void topoToVlanMapDel() { singleDel(map_, topoToVlanMapAttr); }
+
+ private:
+  Mox::Ptr<TopoToVlanMap> map_;
+};
+
+TEST(TopoToVlanMap, askedForTwiceByOneNameIsKept) {
+  Holder holder;
+  const auto map = holder.topoToVlanMapIs("topoToVlanMap");
+  map->mappedVlanIs("A");
+  const Recorder recorder(&holder);
+  EXPECT_EQ(holder.topoToVlanMapIs("topoToVlanMap"), map);
+  EXPECT_EQ(map->mappedVlan().size(), 1U);
+  EXPECT_TRUE(recorder.events.empty());
+}
+
+TEST(TopoToVlanMap, askedForByAnotherNameIsReplaced) {
+  Holder holder;
+  const auto old = holder.topoToVlanMapIs("topoToVlanMap");
+  const Recorder recorder(&holder, [&](auto, const void*) { EXPECT_NE(holder.topoToVlanMap(), old.get()); });
+  const auto made = holder.topoToVlanMapIs("another");
+  EXPECT_EQ(holder.topoToVlanMap(), made.get());
+  EXPECT_EQ(made->name(), "another");
+  EXPECT_EQ(old->references(), 1U);
+  EXPECT_EQ(recorder.events.size(), 1U);
+  holder.topoToVlanMapDel();
+  EXPECT_EQ(holder.topoToVlanMap(), nullptr);
+  EXPECT_EQ(made->references(), 1U);
+}
+
 TEST(MappedVlan, vlanIsInsertsAndNotifiesOnceWithItsKey) {
   const auto mapped = topoToVlanMapFactory("map")->mappedVlanIs("A");
   const Recorder all(mapped.get(), [&](auto, const void*) { EXPECT_NE(mapped->vlan(10), nullptr); });

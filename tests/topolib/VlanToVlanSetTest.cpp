@@ -154,5 +154,62 @@ TEST(VlanToVlanSetMaps, ownTheirSets) {
   EXPECT_EQ(set->references(), 1U);
 }
 
+/// Keeps both maps, as a state machine does.
+class Holder : public Mox::Notifier {
+ public:
+  static constexpr Mox::CollectionAttribute<VlanId> vlanToExpVlanSetMapAttr{0, "vlanToExpVlanSetMap"};
+  static constexpr Mox::CollectionAttribute<VlanId> expVlanToVlanSetMapAttr{1, "expVlanToVlanSetMap"};
+
+  [[nodiscard]] const auto& vlanToExpVlanSetMap() const { return vlanToExp_; }
+  Mox::Ptr<VlanToVlanSet> vlanToExpVlanSetMapIs(VlanId vid) {
+    return memberIs(vlanToExp_, vlanToExpVlanSetMapAttr, vid);
+  }
+  void vlanToExpVlanSetMapDel(VlanId vid) { memberDel(vlanToExp_, vlanToExpVlanSetMapAttr, vid); }
+  void vlanToExpVlanSetMapDelAll() { memberDelAll(vlanToExp_, vlanToExpVlanSetMapAttr); }
+
+  [[nodiscard]] const auto& expVlanToVlanSetMap() const { return expToVlan_; }
+  Mox::Ptr<VlanToVlanSet> expVlanToVlanSetMapIs(VlanId vid) {
+    return memberIs(expToVlan_, expVlanToVlanSetMapAttr, vid);
+  }
+
+ private:
+  VlanToExpVlanSetMap vlanToExp_;
+  ExpVlanToVlanSetMap expToVlan_;
+};
+
+TEST(VlanToVlanSetMaps, memberIsMadeOnceAndNotified) {
+  Holder holder;
+  const KeyRecorder<VlanId> vlans(&holder, Holder::vlanToExpVlanSetMapAttr);
+  const auto set = holder.vlanToExpVlanSetMapIs(10);
+  EXPECT_EQ(holder.vlanToExpVlanSetMapIs(10), set);
+  EXPECT_EQ(set->vlanId(), VlanId(10));
+  EXPECT_EQ(set->parent(), &holder);
+  EXPECT_EQ(vlans.keys, std::vector<VlanId>{10});
+  holder.vlanToExpVlanSetMapDel(10);
+  holder.vlanToExpVlanSetMapDel(10);
+  EXPECT_EQ(set->parent(), nullptr);
+  EXPECT_EQ(vlans.keys, (std::vector<VlanId>{10, 10}));
+}
+
+TEST(VlanToVlanSetMaps, areIndependent) {
+  Holder holder;
+  EXPECT_NE(holder.vlanToExpVlanSetMapIs(10), holder.expVlanToVlanSetMapIs(10));
+  const KeyRecorder<VlanId> vlans(&holder, Holder::vlanToExpVlanSetMapAttr);
+  holder.expVlanToVlanSetMapIs(20);
+  EXPECT_TRUE(vlans.keys.empty());
+  EXPECT_EQ(holder.vlanToExpVlanSetMap().size(), 1U);
+  EXPECT_EQ(holder.expVlanToVlanSetMap().size(), 2U);
+}
+
+TEST(VlanToVlanSetMaps, delAllNotifiesEachMemberInOrderOfThePass) {
+  Holder holder;
+  for (const int vid : {1, 2, 3, 100, 4094}) holder.vlanToExpVlanSetMapIs(vid);
+  const std::vector<VlanId> pass = orderOf(holder.vlanToExpVlanSetMap());
+  const KeyRecorder<VlanId> vlans(&holder, Holder::vlanToExpVlanSetMapAttr);
+  holder.vlanToExpVlanSetMapDelAll();
+  EXPECT_TRUE(holder.vlanToExpVlanSetMap().empty());
+  EXPECT_EQ(vlans.keys, pass);
+}
+
 }  // namespace
 }  // namespace Topology::Library
