@@ -30,8 +30,6 @@ std::size_t Clock::dispatch(double now) {
     if (next == armed_.end() || !(next->time <= now)) return called;
     position = *next;
     position.reactor->dequeue();
-    // Thrown out of the clock's list by `deleteAll`: it stays armed for when it is back.
-    if (!position.reactor->isRegisteredNotifiee()) continue;
     position.reactor->isArmed_ = false;
     ++called;
     position.reactor->onTimeMin();

@@ -108,7 +108,9 @@ class HashMap {
     closeGap(place);
     --size_;
     ++version_;
-    shrinkIfSparse();
+    // The table stays until the last member leaves. A smaller one would be crowded where a pass that removes its members
+    // one by one has yet to come, and the bitmap makes a pass over a sparse one cheap.
+    if (size_ == 0) clear();
     return value;
   }
 
@@ -224,19 +226,6 @@ class HashMap {
     } else {
       // A run has reached the end before the table is full: the last buckets are crowded and get more room.
       rebuild(bucketBits(), 2 * room());
-    }
-  }
-
-  void shrinkIfSparse() noexcept {
-    if (size_ == 0) {
-      clear();
-    } else if (bucketBits() > minBucketBits && size_ < limit() / 8) {
-      try {
-        // Wherever their buckets are, the members need no more room than one place each.
-        rebuild(std::max(minBucketBits, bucketBits() - 2), size_);
-      } catch (const std::bad_alloc&) {
-        return;  // The large table serves as well.
-      }
     }
   }
 

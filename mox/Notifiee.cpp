@@ -28,13 +28,14 @@ NotifieeList::~NotifieeList() {
 
 void NotifieeList::deleteAll() noexcept {
   if (word_ == 0) return;
-  const auto leave = [](Notifiee& reactor) { reactor.isRegistered_ = false; };
   if ((word_ & isBlock) == 0) {
-    leave(*asSole());
-    word_ = 0;
-  } else {
-    asBlock()->empty(leave);
-    tidy();
+    asSole()->isRegisteredNotifieeIs(false);
+    return;
+  }
+  Block& block = *asBlock();
+  const Visit visit(*this, block);  // keeps the places where they are
+  for (const Block::Place place : block.places) {
+    if (Notifiee* const reactor = Block::reactorAt(place)) reactor->isRegisteredNotifieeIs(false);
   }
 }
 

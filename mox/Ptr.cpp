@@ -25,6 +25,7 @@ const TypeDesc& PtrInterface::fwkType() const { return typeDescOf(typeid(*this))
 void PtrInterface::moxDoZombieReactors(bool /*zombie*/) {}
 
 void PtrInterface::handleZeroRef() const noexcept {
+  references_.underDestructionIs();
   // A const reference shares the ownership, so the last one of them ends the object as well.
   const_cast<PtrInterface*>(this)->zeroReferencesIs(true);
 }

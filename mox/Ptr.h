@@ -62,17 +62,18 @@ class ReferenceCount {
     }
   }
 
-  /// Returns true when the last reference is gone. From then on the count is far from zero, so that references taken
-  /// and dropped while the object is destroyed do not end it a second time.
+  /// Returns true when the last reference is gone.
   [[nodiscard]] bool decrement() noexcept {
     if (threadSafePointers()) [[unlikely]] {
-      if (std::atomic_ref(count_).fetch_sub(1, std::memory_order_acq_rel) != 1) return false;
-    } else if (--count_ != 0) {
-      return false;
+      return std::atomic_ref(count_).fetch_sub(1, std::memory_order_acq_rel) == 1;
     }
-    count_ = underDestruction;
-    return true;
+    return --count_ == 0;
   }
+
+  /// To be called when the last reference is gone: from then on the count is far from zero, so that references taken and
+  /// dropped while the object is destroyed do not end it a second time. Not for inlining behind `decrement`: GCC 12 takes
+  /// the decrement for a dead store then, where a reference ends because of an exception.
+  void underDestructionIs() noexcept { count_ = underDestruction; }
 
   [[nodiscard]] std::uint32_t value() const noexcept { return std::atomic_ref(count_).load(std::memory_order_relaxed); }
 

@@ -1,8 +1,11 @@
 #include "mox/System.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <ctime>
+#include <new>
 #include <utility>
 
 #include "mox/Exception.h"
@@ -38,8 +41,10 @@ class RealTime final : public TimeSource {
 constinit TimeSource* source = nullptr;
 
 TimeSource& realTime() {
-  // Never destroyed: destructors of other static objects may still read the time.
-  static auto& instance = *new RealTime;
+  // Never destroyed: destructors of other static objects may still read the time. Nor allocated, so that the time can be
+  // read when there is no memory.
+  alignas(RealTime) static std::array<std::byte, sizeof(RealTime)> storage;
+  static auto& instance = *new (storage.data()) RealTime;
   return instance;
 }
 

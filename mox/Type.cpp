@@ -37,6 +37,11 @@ const AttributeDesc* TypeDesc::attribute(AttributeId id) const noexcept {
   return found == attribute_.end() ? nullptr : &*found;
 }
 
+void TypeDesc::attributeIs(std::vector<AttributeDesc> attribute) {
+  attribute_ = std::move(attribute);
+  std::sort(attribute_.begin(), attribute_.end(), [](const auto& a, const auto& b) { return a.id < b.id; });
+}
+
 bool moxModuleIs(std::string_view name, std::vector<TypeDesc> newTypes) {
   if (modules().contains(name)) throwMutatorReinstantiating("moxModuleIs");
   for (const TypeDesc& type : newTypes) types().insert_or_assign(std::type_index(type.type()), type);

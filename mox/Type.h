@@ -49,7 +49,8 @@ class TypeDesc {
   /// The attribute with this id, or null.
   [[nodiscard]] MOX_PUBLIC const AttributeDesc* attribute(AttributeId id) const noexcept;
 
-  void attributeIs(std::vector<AttributeDesc> attribute) { attribute_ = std::move(attribute); }
+  /// Given in any order.
+  MOX_PUBLIC void attributeIs(std::vector<AttributeDesc> attribute);
   void valueIs(std::vector<EnumValueDesc> value) { value_ = std::move(value); }
 
  private:

@@ -80,8 +80,7 @@ TEST(AssertDeathTest, failingExpressionIsEvaluatedOnce) {
 
 TEST(AssertDeathTest, nullPointersFail) {
   const Ptr<Entity> entity;
-  EXPECT_EXIT(MOX_ASSERT("/src/Lights", entity), testing::KilledBySignal(SIGABRT),
-              "Assertion 'entity' failed\\.");
+  EXPECT_EXIT(MOX_ASSERT("/src/Lights", entity), testing::KilledBySignal(SIGABRT), "Assertion 'entity' failed\\.");
 }
 
 TEST(AssertDeathTest, reportMayBeMadeWithoutMacro) {

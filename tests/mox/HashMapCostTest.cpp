@@ -174,23 +174,5 @@ TEST(HashMapCost, growthOfCrowdAllocatesSeldom) {
   EXPECT_LE(allocations.made(), 40U);
 }
 
-TEST(HashMapCost, mapThatShrankHasFewPlacesForPassToVisit) {
-  HashMap<Number, int> map;
-  const auto all = keys(0);
-  for (const Number key : all) map.insert(key, 0);
-  EXPECT_GT(map.memory(), many * 16);
-  std::size_t left = all.size();
-  for (const Number key : all) {
-    map.erase(key);
-    --left;
-    // A place has 16 bytes and one bit.
-    ASSERT_LE(map.memory(), 300 + left * 17 * 32);
-    if (left == 1) break;
-  }
-  ASSERT_EQ(map.size(), 1U);
-  EXPECT_LE(map.memory(), 600U);
-  EXPECT_EQ(map.begin().key(), all.back());
-}
-
 }  // namespace
 }  // namespace Mox

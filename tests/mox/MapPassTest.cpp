@@ -151,11 +151,10 @@ TYPED_TEST(MapPass, growthMissesAndRepeatsNone) {
   }
 }
 
-TYPED_TEST(MapPass, shrinkingMissesAndRepeatsNone) {
+TYPED_TEST(MapPass, removingMostMissesAndRepeatsNone) {
   this->fill(this->map);
   const std::size_t middle = this->keys.size() / 2;
   auto i = this->map.startAtHash(this->keys[middle]);
-  const std::size_t memory = this->map.memory();
   std::vector<typename TestFixture::Key> stayers;
   for (std::size_t place = 0; place < this->keys.size(); ++place) {
     if (place % 15 != 0) {
@@ -164,7 +163,6 @@ TYPED_TEST(MapPass, shrinkingMissesAndRepeatsNone) {
       stayers.push_back(this->keys[place]);
     }
   }
-  EXPECT_LT(this->map.memory(), memory);
   EXPECT_EQ(this->keysFrom(++i), stayers);
 }
 
