@@ -10,6 +10,7 @@
 //   - A bitmap of the occupied slots makes a pass cost what the map holds. A shifted run changes one bit of it.
 //   - A position in a pass is a key. Each insertion and removal counts a version; an iterator that finds another version
 //     than its own looks its place up again by (hash, key).
+//   - The table grows with its members and is given back when the last one leaves, not before.
 //   - A removal first closes the gap and then hands the value out, so that whatever its destruction sets off meets a map
 //     in order.
 //

@@ -171,7 +171,7 @@ class IdPages {
  private:
   /// The capacity for the next members of a page with `size`.
   [[nodiscard]] static std::size_t grown(std::size_t size) noexcept {
-    return std::min<std::size_t>(64, size + std::max<std::size_t>(4, size / 8));
+    return std::min<std::size_t>(64, size + std::max<std::size_t>(2, size / 8));
   }
   void makePage(std::size_t index, std::size_t capacity) {
     pages_[index] = Page::make(capacity);

@@ -108,8 +108,12 @@ TEST(Assert, isOneStatement) {
   else
     branch = 1;
   EXPECT_EQ(branch, 0);
-  // The second form takes expressions with commas in brackets of their own.
-  MOX_ASSERT_TEXT("/src/Lights", (std::is_same_v<int, int>), "same");
+}
+
+TEST(AssertDeathTest, expressionMayHaveCommas) {
+  MOX_ASSERT("/src/Lights", std::is_same_v<int, int>);
+  EXPECT_EXIT(MOX_ASSERT("/src/Lights", std::is_same_v<int, bool>), testing::KilledBySignal(SIGABRT),
+              "Assertion 'std::is_same_v<int, bool>' failed\\.");
 }
 
 TEST(Assert, takesWhatConvertsToBool) {

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -14,6 +16,7 @@
 namespace Mox {
 namespace {
 
+using Test::KeyRecorder;
 using Test::Recorder;
 using Events = std::vector<Recorder::Event>;
 
@@ -28,7 +31,12 @@ class Lamp : public NamedEntity {
   static constexpr ScalarAttribute labelAttr{1, "label"};
   static constexpr ScalarAttribute neighbourAttr{2, "neighbour"};
   static constexpr ScalarAttribute plateAttr{3, "plate"};
-  using NamedEntity::NamedEntity;
+  static constexpr CollectionAttribute<String> sceneAttr{4, "scene"};
+  explicit Lamp(String name, std::function<void()> atEnd = {})
+      : NamedEntity(std::move(name)), atEnd_(std::move(atEnd)) {}
+  ~Lamp() override {
+    if (atEnd_) atEnd_();
+  }
 
   [[nodiscard]] bool lit() const { return lit_; }
   void litIs(bool v) { scalarIs(lit_, v, litAttr); }
@@ -39,12 +47,18 @@ class Lamp : public NamedEntity {
   [[nodiscard]] const Ptr<Plate>& plate() const { return plate_; }
   Ptr<Plate> plateIs(const String& name) { return singleIs(plate_, plateAttr, name); }
   void plateDel() { singleDel(plate_, plateAttr); }
+  /// Changes that are stored by other means.
+  void bothTold() {
+    notify(litAttr);
+    notify(sceneAttr, String("evening"));
+  }
 
  private:
   bool lit_ = false;
   String label_;
   Ptr<const Lamp> neighbour_;
   Ptr<Plate> plate_;
+  std::function<void()> atEnd_;
 };
 
 /// An entity that is known by a key which is no text.
@@ -101,6 +115,33 @@ TEST(Entity, scalarMayPointToEntityWhichItKeeps) {
   EXPECT_EQ(recorder.events.size(), 2U);
 }
 
+TEST(Entity, overwrittenScalarEndsAfterItsNotification) {
+  std::vector<std::string> happened;
+  Lamp lamp("hall");
+  lamp.neighbourIs(makePtr<Lamp>("kitchen", [&] { happened.emplace_back("ended"); }));
+  const Recorder recorder(&lamp, [&](AttributeId, const void*) { happened.emplace_back("told"); });
+  lamp.neighbourIs(nullptr);
+  EXPECT_EQ(happened, (std::vector<std::string>{"told", "ended"}));
+}
+
+TEST(Entity, endOfOverwrittenScalarMayEndItsOwner) {
+  int ends = 0;
+  auto lamp = makePtr<Lamp>("hall", [&] { ++ends; });
+  lamp->neighbourIs(makePtr<Lamp>("kitchen", [&] { lamp = nullptr; }));
+  lamp->neighbourIs(nullptr);
+  EXPECT_EQ(lamp, nullptr);
+  EXPECT_EQ(ends, 1);
+}
+
+TEST(Entity, classMayTellWhatItStoredByOtherMeans) {
+  Lamp lamp("hall");
+  const Recorder recorder(&lamp);
+  const KeyRecorder<String> keys(&lamp, Lamp::sceneAttr);
+  lamp.bothTold();
+  EXPECT_EQ(recorder.events, (Events{{Lamp::litAttr.id(), false}, {Lamp::sceneAttr.id(), true}}));
+  EXPECT_EQ(keys.keys, std::vector<String>{"evening"});
+}
+
 TEST(Entity, attributesAreToldApart) {
   Lamp lamp("hall");
   const Recorder recorder(&lamp);
@@ -120,6 +161,17 @@ TEST(Entity, hasListAndNoParent) {
   ASSERT_NE(lamp.notifieeList(), nullptr);
   EXPECT_TRUE(lamp.notifieeList()->empty());
   EXPECT_EQ(lamp.parent(), nullptr);
+}
+
+TEST(Entity, parentIsWhatItIsSetTo) {
+  Lamp lamp("hall");
+  Plate plate("brass");
+  plate.parentIs(&lamp);
+  EXPECT_EQ(plate.parent(), &lamp);
+  static_assert(std::is_same_v<decltype(plate.parent()), Notifier*>);
+  static_assert(std::is_same_v<decltype(std::as_const(plate).parent()), const Notifier*>);
+  plate.parentIs(nullptr);
+  EXPECT_EQ(plate.parent(), nullptr);
 }
 
 TEST(Entity, endTellsNobody) {
@@ -155,6 +207,7 @@ TEST(EntitySingle, isMadeWithItsName) {
   EXPECT_EQ(plate->name(), "brass");
   EXPECT_EQ(lamp.plate(), plate);
   EXPECT_EQ(plate->references(), 2U);
+  EXPECT_EQ(plate->parent(), nullptr) << "a single entity has none";
   EXPECT_EQ(recorder.events, (Events{{Lamp::plateAttr.id(), false}}));
 }
 

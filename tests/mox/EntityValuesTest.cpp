@@ -194,6 +194,42 @@ TYPED_TEST(EntityValues, loopBodyMayRemoveCurrentValue) {
   EXPECT_EQ(this->lamp.scene().size(), 50U);
 }
 
+/// An object that tells its end, and an entity that holds such ones by key.
+class TellingEnd : public PtrInterface {
+ public:
+  explicit TellingEnd(std::vector<std::string>& happened) : happened_(happened) {}
+  ~TellingEnd() override { happened_.emplace_back("ended"); }
+
+ private:
+  std::vector<std::string>& happened_;
+};
+template <class K>
+class Shelf : public Entity {
+ public:
+  static constexpr CollectionAttribute<K> thingAttr{0, "thing"};
+  [[nodiscard]] const auto& thing() const { return thing_; }
+  void thingIs(const K& key, Ptr<TellingEnd> v) { valueIs(thing_, thingAttr, key, std::move(v)); }
+  void thingDel(const K& key) { valueDel(thing_, thingAttr, key); }
+
+ private:
+  ValueCollection<K, Ptr<TellingEnd>> thing_;
+};
+
+TYPED_TEST(EntityValues, overwrittenAndRemovedValuesEndAfterTheirNotification) {
+  std::vector<std::string> happened;
+  Shelf<TypeParam> shelf;
+  const TypeParam key = this->key(1);
+  shelf.thingIs(key, makePtr<TellingEnd>(happened));
+  const Recorder recorder(&shelf, [&](AttributeId, const void*) {
+    happened.emplace_back(shelf.thing().has(key) ? "told of new" : "told of none");
+  });
+  shelf.thingIs(key, makePtr<TellingEnd>(happened));
+  EXPECT_EQ(happened, (std::vector<std::string>{"told of new", "ended"}));
+  happened.clear();
+  shelf.thingDel(key);
+  EXPECT_EQ(happened, (std::vector<std::string>{"told of none", "ended"}));
+}
+
 TYPED_TEST(EntityValues, setTellsKeysThatComeAndGo) {
   const KeyRecorder<TypeParam> keys(&this->lamp, Lamp<TypeParam>::roomAttr);
   this->lamp.roomIs(this->key(1));

@@ -14,6 +14,7 @@
 
 #include "tests/support/MapKeys.h"
 #include "tests/support/Random.h"
+#include "tests/support/ScopedHashSeed.h"
 
 namespace Mox {
 namespace {
@@ -21,6 +22,7 @@ namespace {
 using Test::Grouped;
 using Test::Number;
 using Test::Random;
+using Test::ScopedHashSeed;
 using Test::seedTrace;
 using Test::Tied;
 using Test::TiedLast;
@@ -94,18 +96,6 @@ TYPED_TEST(HashMapSeeds, seedDecidesOnlyTheOrder) {
   EXPECT_NE(some, others);
   EXPECT_EQ(std::set(some.begin(), some.end()), std::set(others.begin(), others.end()));
 }
-
-/// Sets another process-wide seed for the time of a test.
-class ScopedHashSeed {
- public:
-  explicit ScopedHashSeed(std::uint32_t seed) : before_(hashSeed32()) { hashSeed32Is(seed); }
-  ScopedHashSeed(const ScopedHashSeed&) = delete;
-  ScopedHashSeed& operator=(const ScopedHashSeed&) = delete;
-  ~ScopedHashSeed() { hashSeed32Is(before_); }
-
- private:
-  std::uint32_t before_;
-};
 
 TEST(HashMap, processSeedDecidesOrderWhereNoOtherIsGiven) {
   SCOPED_TRACE(seedTrace());

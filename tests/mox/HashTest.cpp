@@ -9,11 +9,13 @@
 #include <vector>
 
 #include "tests/support/Random.h"
+#include "tests/support/ScopedHashSeed.h"
 
 namespace Mox {
 namespace {
 
 using Test::Random;
+using Test::ScopedHashSeed;
 using Test::seedTrace;
 
 constexpr std::uint64_t allOnes = std::numeric_limits<std::uint64_t>::max();
@@ -32,18 +34,6 @@ std::vector<std::uint64_t> bitPatterns() {
   for (int i = 0; i < 2000; ++i) patterns.push_back(random.bits());
   return patterns;
 }
-
-/// Sets another process-wide seed for the time of a test.
-class ScopedHashSeed {
- public:
-  explicit ScopedHashSeed(std::uint32_t seed) : before_(hashSeed32()) { hashSeed32Is(seed); }
-  ScopedHashSeed(const ScopedHashSeed&) = delete;
-  ScopedHashSeed& operator=(const ScopedHashSeed&) = delete;
-  ~ScopedHashSeed() { hashSeed32Is(before_); }
-
- private:
-  std::uint32_t before_;
-};
 
 TEST(Hash, bitsComeBackFromTheirHash) {
   SCOPED_TRACE(seedTrace());

@@ -137,10 +137,10 @@ TYPED_TEST(MapMembers, movedFromMapIsEmptyAndUsable) {
   typename TestFixture::Map from;
   this->fill(from);
   const typename TestFixture::Map to(std::move(from));
-  EXPECT_TRUE(from.empty());     // NOLINT(bugprone-use-after-move): that is the subject
-  EXPECT_EQ(from.memory(), 0U);  // NOLINT(bugprone-use-after-move)
-  EXPECT_FALSE(from.begin());    // NOLINT(bugprone-use-after-move)
-  from.insert(this->key(1), 1);  // NOLINT(bugprone-use-after-move)
+  EXPECT_TRUE(from.empty());
+  EXPECT_EQ(from.memory(), 0U);
+  EXPECT_FALSE(from.begin());
+  from.insert(this->key(1), 1);
   EXPECT_EQ(from.size(), 1U);
   EXPECT_EQ(to.size(), this->members);
 }

@@ -135,6 +135,50 @@ class GuardSm : public StateMachine<GuardSm> {
   Ptr<ChildSm> child_;
 };
 
+/// One from which another derives.
+class BaseSm : public StateMachine<BaseSm> {
+ public:
+  BaseSm(Calls& calls, const Ptr<const Lamp>& lamp) : calls_(calls), lamp_(this, lamp) {}
+  ~BaseSm() override { moxDoZombieReactors(true); }
+
+ protected:
+  using Action = std::function<void(PtrInterface&)>;
+  friend StateMachine;
+  virtual void forEachReactor(const Action& act) { act(lamp_); }
+  [[nodiscard]] Calls& calls() { return calls_; }
+
+ private:
+  class MoxLamp : public Reactor<MoxLamp, BaseSm, Lamp> {
+   public:
+    using Reactor::Reactor;
+    void onAttribute(AttributeId /*id*/, const void* /*key*/) override { sm().calls_.emplace_back("base"); }
+  };
+
+  Calls& calls_;
+  MoxLamp lamp_;
+};
+
+class DerivedSm : public BaseSm {
+ public:
+  DerivedSm(Calls& calls, const Ptr<const Lamp>& lamp, const Ptr<const Bulb>& bulb)
+      : BaseSm(calls, lamp), bulb_(this, bulb) {}
+  ~DerivedSm() override { moxDoZombieReactors(true); }
+
+ private:
+  void forEachReactor(const Action& act) override {
+    act(bulb_);
+    BaseSm::forEachReactor(act);
+  }
+
+  class MoxBulb : public Reactor<MoxBulb, DerivedSm, Bulb> {
+   public:
+    using Reactor::Reactor;
+    void onAttribute(AttributeId /*id*/, const void* /*key*/) override { sm().calls().emplace_back("derived"); }
+  };
+
+  MoxBulb bulb_;
+};
+
 class StateMachines : public testing::Test {
  protected:
   /// A guard with a reactor of each kind.
@@ -294,6 +338,32 @@ TEST_F(StateMachines, reactorMayBeBoundToAnotherNotifier) {
   calls.clear();
   other->wattIs(60);
   EXPECT_EQ(calls, Calls{"bulb's watt"});
+}
+
+TEST_F(StateMachines, reactorThatIsMadeLaterFollowsNextSwitch) {
+  const auto sm = guard();
+  sm->hasNotificationActiveIs(true);
+  sm->hasNotificationActiveIs(false);
+  sm->spareIs("c", right);
+  EXPECT_TRUE(sm->spare("c")->hasNotificationActive());
+  sm->hasNotificationActiveIs(true);
+  sm->hasNotificationActiveIs(false);
+  EXPECT_FALSE(sm->spare("c")->hasNotificationActive());
+}
+
+TEST_F(StateMachines, derivedOneActsForReactorsOfItsBaseToo) {
+  const auto sm = makePtr<DerivedSm>(calls, lamp, left);
+  lamp->litIs(true);
+  left->wattIs(60);
+  EXPECT_EQ(calls, (Calls{"base", "derived"}));
+  sm->hasNotificationActiveIs(true);
+  sm->hasNotificationActiveIs(false);
+  lamp->litIs(false);
+  left->wattIs(40);
+  EXPECT_EQ(calls.size(), 2U);
+  sm->moxDoZombieReactors(true);
+  EXPECT_EQ(lamp->references(), 1U);
+  EXPECT_EQ(left->references(), 1U);
 }
 
 TEST_F(StateMachines, isNotifierItself) {
