@@ -11,6 +11,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "bridging/PortState.h"
 #include "bridging/VlanId.h"
@@ -104,9 +105,11 @@ class MOX_PUBLIC Config : public Mox::NamedEntity {
   [[nodiscard]] const auto& vidToTopoMap() const noexcept { return vidToTopoMap_; }
   [[nodiscard]] const Mox::String* vidToTopoMap(VlanId vid) const noexcept { return vidToTopoMap_.find(vid); }
   [[nodiscard]] bool vidToTopoMapHas(VlanId vid) const noexcept { return vidToTopoMap_.has(vid); }
-  void vidToTopoMapIs(VlanId vid, const Mox::String& name) { valueIs(vidToTopoMap_, vidToTopoMapAttr, vid, name); }
-  void vidToTopoMapDel(VlanId vid) { valueDel(vidToTopoMap_, vidToTopoMapAttr, vid); }
-  void vidToTopoMapDelAll() { valueDelAll(vidToTopoMap_, vidToTopoMapAttr); }
+  void vidToTopoMapIs(VlanId vid, const Mox::String& name);
+  void vidToTopoMapDel(VlanId vid);
+  void vidToTopoMapDelAll();
+  /// The VLANs that `vidToTopoMap` gives to a topology, in ascending order. Costs what it returns.
+  [[nodiscard]] std::vector<VlanId> vlansOfTopo(const Mox::String& name) const;
 
   /// topoConfig[name]. Making one that exists with another number raises MutatorReinstantiatingException.
   [[nodiscard]] const auto& topoConfig() const noexcept { return topoConfig_; }
@@ -119,7 +122,10 @@ class MOX_PUBLIC Config : public Mox::NamedEntity {
   void topoConfigDelAll() { memberDelAll(topoConfig_, topoConfigAttr); }
 
  private:
+  void topoOfVlanIs(VlanId vid, const Mox::String* name);
+
   Mox::ValueCollection<VlanId, Mox::String> vidToTopoMap_;
+  Mox::HashMap<Mox::String, Mox::SetCollection<VlanId>> vlansOfTopo_;  // the inverse, without empty sets
   Mox::EntityCollection<Mox::String, TopoConfig> topoConfig_;
 };
 

@@ -51,7 +51,7 @@
 //     half-destroyed object; it does not change what the state machine published.
 //   - A handler may drop the last reference to its own state machine, as the last thing that it does. A change that
 //     others watch may make them drop it too: an action that goes on after such a change begins with
-//     `const Mox::Ptr<Sm> self(this);`.
+//     `const Mox::Ptr<Sm> self(this);`, and stops where `isRetired()` says that the state machine is out of service.
 //   - A state machine from which another one derives makes `forEachReactor` virtual, for an action of one type; the
 //     derived one calls it for its own reactors and then for those of its base, and tears down in its own destructor.
 //
@@ -103,8 +103,12 @@ class StateMachine : public Notifier {
     forEach([active](PtrInterface& r) { r.hasNotificationActiveIs(active); });
   }
 
+  /// True from the first `moxDoZombieReactors(true)` on: nothing is delivered any more.
+  [[nodiscard]] bool isRetired() const noexcept { return isRetired_; }
+
   void moxDoZombieReactors(bool zombie) override {
     if (!zombie) return;
+    isRetired_ = true;
     forEach([](PtrInterface& r) {
       if (auto* reactor = dynamic_cast<NotifieeConst*>(&r)) {
         reactor->notifierIs(nullptr);
@@ -126,6 +130,7 @@ class StateMachine : public Notifier {
   }
 
   bool initialized_ = false;
+  bool isRetired_ = false;
 };
 
 }  // namespace Mox

@@ -4,6 +4,7 @@
 //   auto map = Topology::Library::topoToVlanMapFactory("topoToVlanMap");
 //   map->mappedVlanIs("A")->vlanIs(10, true);
 //   if (const auto* mapped = map->mappedVlan("A"); mapped != nullptr && mapped->vlan(10)) ...
+//   map->topoOfVlan(10)                                                // "A", without a search through the topologies
 
 #pragma once
 
@@ -12,6 +13,8 @@
 #include "mox/Public.h"
 
 namespace Topology::Library {
+
+class TopoToVlanMap;
 
 /// The VLANs of one topology.
 class MOX_PUBLIC MappedVlan : public Mox::NamedEntity {
@@ -24,11 +27,13 @@ class MOX_PUBLIC MappedVlan : public Mox::NamedEntity {
   /// vlan[vid]: a VLAN is registered while its key is present, whatever the value.
   [[nodiscard]] const auto& vlan() const noexcept { return vlan_; }
   [[nodiscard]] const bool* vlan(Bridging::VlanId vid) const noexcept { return vlan_.find(vid); }
-  void vlanIs(Bridging::VlanId vid, bool v = true) { valueIs(vlan_, vlanAttr, vid, v); }
-  void vlanDel(Bridging::VlanId vid) { valueDel(vlan_, vlanAttr, vid); }
-  void vlanDelAll() { valueDelAll(vlan_, vlanAttr); }
+  void vlanIs(Bridging::VlanId vid, bool v = true);
+  void vlanDel(Bridging::VlanId vid);
+  void vlanDelAll();
 
  private:
+  [[nodiscard]] TopoToVlanMap* map() noexcept;
+
   Mox::ValueCollection<Bridging::VlanId, bool> vlan_;
 };
 
@@ -44,10 +49,27 @@ class MOX_PUBLIC TopoToVlanMap : public Mox::NamedEntity {
   [[nodiscard]] const MappedVlan* mappedVlan(const Mox::String& name) const noexcept { return mappedVlan_.find(name); }
   [[nodiscard]] MappedVlan* mappedVlan(const Mox::String& name) noexcept { return mappedVlan_.find(name); }
   Mox::Ptr<MappedVlan> mappedVlanIs(const Mox::String& name) { return memberIs(mappedVlan_, mappedVlanAttr, name); }
-  void mappedVlanDel(const Mox::String& name) { memberDel(mappedVlan_, mappedVlanAttr, name); }
-  void mappedVlanDelAll() { memberDelAll(mappedVlan_, mappedVlanAttr); }
+  void mappedVlanDel(const Mox::String& name);
+  void mappedVlanDelAll();
+
+  /// The topology with which a VLAN is registered, or the empty name; the first in the order of `mappedVlan` if there are
+  /// several. Constant cost for a VLAN that is registered with one at a time.
+  [[nodiscard]] Mox::String topoOfVlan(Bridging::VlanId vid) const;
 
  private:
+  friend MappedVlan;
+
+  /// With how many topologies a VLAN is registered, and with which unless it is, or lately was, more than one.
+  struct Registration {
+    Mox::String topo;
+    unsigned count = 0;
+    bool isSole = true;
+  };
+
+  void registered(Bridging::VlanId vid, const Mox::String& topo);
+  void unregistered(Bridging::VlanId vid);
+
+  Mox::Map<Bridging::VlanId, Registration> registrations_;
   Mox::EntityCollection<Mox::String, MappedVlan> mappedVlan_;
 };
 

@@ -229,7 +229,7 @@ TYPED_TEST(EntityCollections, resumesAtKey) {
 
 TYPED_TEST(EntityCollections, takesCountedObjectsThatHaveNoParent) {
   EntityCollection<typename TestFixture::Key, Numbered> objects;
-  objects.insert(this->key(1), makePtr<Numbered>(5));
+  objects.insert(this->key(1), makePtr<Numbered>(5U));
   EXPECT_EQ(objects.find(this->key(1))->number(), 5U);
   EXPECT_EQ(objects.take(this->key(1))->number(), 5U);
   objects.insert(this->key(2), makePtr<Numbered>(6));

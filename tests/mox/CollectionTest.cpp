@@ -136,7 +136,7 @@ TYPED_TEST(ValueCollections, endsOverwrittenValueLast) {
     std::function<void()> action_;
   };
   ValueCollection<typename TestFixture::Key, Ptr<PtrInterface>> pointers;
-  const Ptr<PtrInterface> next = makePtr<Numbered>(1);
+  const Ptr<PtrInterface> next = makePtr<Numbered>(1U);
   int ends = 0;
   pointers.insertOrAssign(this->key(1), makePtr<Observer>([&] {
                             ++ends;

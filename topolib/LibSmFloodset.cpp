@@ -1,0 +1,164 @@
+// VLANs that reach the ports of another VLAN.
+//
+// A VLAN's configuration may name an expanded VLAN. Then every port that carries the expanded VLAN, in the expanded VLAN's
+// topology, carries the expanding one as well, in the expanding VLAN's own topology: it inherits the entry, unless its
+// configuration has one of its own. Three maps keep the books: the expanded VLANs of a VLAN, the inverse, and the topology
+// in which a VLAN's expansion was last applied. Expansions act on LibState at once, not through the backlog.
+//
+// Changes that readers of LibState ask for while an expansion is applied or withdrawn take their turn after it.
+
+#include "topolib/LibSm.h"
+#include "topolib/detail/Log.h"
+
+namespace Topology::Library {
+
+void LibSm::handleFloodsetExpandedVlan(Bridging::VlanId vid, Bridging::VlanIdOrNone expVid) {
+  TOPOLIB_ASSERT_INITIALIZED();
+  TOPOLIB_TRACE(8) << "LibSm::"
+                   << "handleFloodsetExpandedVlan"
+                   << " vlan:" << vid << " expVlan:" << expVid;
+  if (const Mox::String* const topoName = vidToExpandedTopoMap(vid)) {
+    const Mox::String* const current = config() == nullptr ? nullptr : config()->vidToTopoMap(vid);
+    TOPOLIB_ASSERT_TEXT(current == nullptr || *current == *topoName,
+                        "( !config()->vidToTopoMapHas( vid ) || config()->vidToTopoMap( vid )->name() == topoName ) && "
+                        "\"Current topo is not the expanded topo!\"");
+  }
+  expanding_.run([this, vid, expVid] { changeExpansion(vid, expVid); });
+}
+
+void LibSm::changeExpansion(Bridging::VlanId vid, Bridging::VlanIdOrNone expVid) {
+  if (isRetired() || (expVid.isNone() && !vlanToExpVlanSetMapHas(vid))) return;
+  const Mox::String* const recorded = vidToExpandedTopoMap(vid);
+  const Mox::String topoName = recorded == nullptr ? configuredTopo(vid) : *recorded;
+  if (expVid.isNone()) {
+    withdrawExpansion(vid, topoName);
+    unlinkExpansion(vid);
+    return;
+  }
+  const Bridging::VlanId expanded(expVid);
+  dropStaleExpansion(expanded);
+  const Mox::Ptr<VlanToVlanSet> set = vlanToExpVlanSetMapIs(vid);
+  if (!set->someVlan().empty() && !set->someVlan(expanded)) withdrawExpansion(vid, topoName);
+  unlinkExpansion(vid);
+  vlanToExpVlanSetMapIs(vid)->someVlanIs(expanded);
+  expVlanToVlanSetMapIs(expanded)->someVlanIs(vid);
+  doExpandVlanTopo(topoName, vid, expanded);
+  vidToExpandedTopoMapIs(vid, topoName);
+}
+
+/// The expansion side of a VLAN that was given to another topology, or to none.
+void LibSm::moveExpansion(Bridging::VlanId vid) {
+  if (vlanToExpVlanSetMap_.empty()) return;
+  expanding_.run([this, vid] {
+    if (isRetired()) return;
+    dropStaleExpansion(vid);
+    if (const Mox::Ptr<const VlanToVlanSet> expanding = expVlanToVlanSetMap(vid)) {
+      for (const auto& [source, present] : expanding->someVlan()) dropStaleExpansion(source);
+    }
+    if (!vlanToExpVlanSetMapHas(vid)) return;
+    TOPOLIB_ASSERT_TEXT(!vlanToExpVlanSetMapHas(vid) || !expVlanToVlanSetMapHas(vid),
+                        "!vlanToExpVlanSetMapHas( vid ) || !expVlanToVlanSetMapHas( vid )");
+    const Mox::String* const current = config() == nullptr ? nullptr : config()->vidToTopoMap(vid);
+    const Mox::String* const recorded = vidToExpandedTopoMap(vid);
+    if (current != nullptr && recorded != nullptr && *current == *recorded) return;
+    if (recorded != nullptr) {
+      withdrawExpansion(vid, Mox::String(*recorded));
+      vidToExpandedTopoMapDel(vid);
+    }
+    if (const Mox::String topoName = configuredTopo(vid); !topoName.empty()) {
+      applyExpansion(vid, topoName);
+      vidToExpandedTopoMapIs(vid, topoName);
+    }
+  });
+}
+
+void LibSm::doExpandVlanTopo(const Mox::String& topoName, Bridging::VlanId vid, Bridging::VlanId expVid) {
+  TOPOLIB_ASSERT_INITIALIZED();
+  TOPOLIB_TRACE(8) << "LibSm::"
+                   << "doExpandVlanTopo"
+                   << " topo:" << topoName << " expVlan:" << expVid;
+  if (config() == nullptr || !config()->vidToTopoMapHas(expVid)) return;
+  const Mox::Ptr<Topo> topo = libState_->topo(topoName);
+  const Mox::Ptr<const Topo> expTopo = libState_->topo(configuredTopo(expVid));
+  if (!topo || !expTopo) return;
+  for (const auto& [intf, expPort] : expTopo->port()) {
+    const Bridging::VlanPortConfig* const entry = expPort.vlanPortConfig(expVid);
+    if (entry == nullptr || bridging().vlanConfig(vid) == nullptr || hasOwnEntry(vid, intf)) continue;
+    inheritEntry(topo, vid, intf, Bridging::VlanPortConfig(*entry));
+  }
+}
+
+void LibSm::undoExpandVlanTopo(const Mox::String& topoName, Bridging::VlanId vid, Bridging::VlanId expVid) {
+  TOPOLIB_ASSERT_INITIALIZED();
+  TOPOLIB_TRACE(8) << "LibSm::"
+                   << "undoExpandVlanTopo"
+                   << " vlan:" << vid << " expVlan:" << expVid;
+  if (config() == nullptr || !config()->vidToTopoMapHas(expVid)) return;
+  const Mox::Ptr<Topo> topo = libState_->topo(topoName);
+  const Mox::Ptr<const Topo> expTopo = libState_->topo(configuredTopo(expVid));
+  if (!topo || !expTopo) return;
+  for (const auto& [intf, expPort] : expTopo->port()) {
+    if (expPort.vlanPortConfig(expVid) == nullptr) continue;
+    if (bridging().vlanConfig(vid) == nullptr || hasOwnEntry(vid, intf)) continue;
+    const Port* const port = std::as_const(*topo).port(intf);
+    if (port != nullptr && port->vlanPortConfig(vid) != nullptr) disinheritEntry(topo, vid, intf);
+  }
+}
+
+void LibSm::applyExpansion(Bridging::VlanId vid, const Mox::String& topoName) {
+  const Mox::Ptr<const VlanToVlanSet> set = vlanToExpVlanSetMap(vid);
+  for (const auto& [expVid, present] : set->someVlan()) doExpandVlanTopo(topoName, vid, expVid);
+}
+
+void LibSm::withdrawExpansion(Bridging::VlanId vid, const Mox::String& topoName) {
+  const Mox::Ptr<const VlanToVlanSet> set = vlanToExpVlanSetMap(vid);
+  for (const auto& [expVid, present] : set->someVlan()) undoExpandVlanTopo(topoName, vid, expVid);
+  withdrawInherited(vid, topoName);
+}
+
+/// Removes what could not be told from the expanded VLAN, which may have moved or gone meanwhile: the inherited entries of
+/// the VLAN in a topology, or all of them if it is not registered there and so has none of its own.
+void LibSm::withdrawInherited(Bridging::VlanId vid, const Mox::String& topoName) {
+  const Mox::Ptr<Topo> topo = libState_->topo(topoName);
+  if (!topo) return;
+  const bool isRegistered = hasVlanMappedToTopo(topoName, vid);
+  for (const auto& [intf, port] : std::as_const(*topo).port()) {
+    if (port.vlanPortConfig(vid) == nullptr || (isRegistered && hasOwnEntry(vid, intf))) continue;
+    disinheritEntry(topo, vid, intf);
+  }
+}
+
+bool LibSm::isExpansionStale(Bridging::VlanId vid) const {
+  const Bridging::VlanConfig* const current = bridging().vlanConfig(vid);
+  const VlanConfigSm* const sm = vlanConfigSm(vid);
+  return current == nullptr || (sm != nullptr && sm->vlanConfig() != current);
+}
+
+/// A VLAN whose configuration is gone expands into nothing, also where the backlog has not come to it yet.
+void LibSm::dropStaleExpansion(Bridging::VlanId vid) {
+  if (vlanToExpVlanSetMapHas(vid) && isExpansionStale(vid)) dropExpansion(vid);
+}
+
+/// What it inherited in the topology with which it is registered is left to the visit that removes the VLAN from there.
+void LibSm::dropExpansion(Bridging::VlanId vid) {
+  const Mox::String* const recorded = vidToExpandedTopoMap(vid);
+  const Mox::String topoName = recorded == nullptr ? Mox::String() : *recorded;
+  unlinkExpansion(vid);
+  if (!hasVlanMappedToTopo(topoName, vid)) withdrawInherited(vid, topoName);
+}
+
+/// Takes a VLAN out of the three maps.
+void LibSm::unlinkExpansion(Bridging::VlanId vid) {
+  if (const Mox::Ptr<VlanToVlanSet> set = vlanToExpVlanSetMap(vid)) {
+    for (const auto& [expVid, present] : set->someVlan()) {
+      const Mox::Ptr<VlanToVlanSet> inverse = expVlanToVlanSetMap(expVid);
+      inverse->someVlanDel(vid);
+      if (inverse->someVlan().empty()) expVlanToVlanSetMapDel(expVid);
+    }
+    set->someVlanDelAll();
+    vlanToExpVlanSetMapDel(vid);
+  }
+  vidToExpandedTopoMapDel(vid);
+}
+
+}  // namespace Topology::Library

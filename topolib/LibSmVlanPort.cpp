@@ -1,0 +1,156 @@
+// How LibSm brings the ports of a VLAN into LibState, and takes them out.
+//
+// An entry of a VLAN on a port is the VLAN's own if its configuration has one for that interface; otherwise the VLAN
+// inherits it from a VLAN that it expands into (LibSmFloodset.cpp). An own entry always takes precedence. The topology's
+// TopoConfigSm is told of ports that own entries make and unmake, not of those that are merely inherited.
+
+#include "topolib/FilterIntf.h"
+#include "topolib/LibSm.h"
+#include "topolib/detail/Log.h"
+
+namespace Topology::Library {
+
+void LibSm::doOnVlanPortConfigAdd(Bridging::VlanId vid, Quill::IntfId intf, const Mox::String& topoName) {
+  TOPOLIB_TRACE(8) << "doOnVlanPortConfigAdd" << vid << " intf " << intf << " topoName " << topoName;
+  const VlanConfigSm* const vlanSm = vlanConfigSm(vid);
+  FilterIntf* const filter = vlanSm == nullptr ? nullptr : vlanSm->intfFilterPtr();
+  if (filter != nullptr && !filter->isValidIntf(intf)) {
+    TOPOLIB_TRACE(2) << "Port " << intf << " is not a valid port in the context of libSm";
+    return;
+  }
+  const Mox::Ptr<Topo> topo = libState_->topo(topoName);
+  if (!topo) {
+    TOPOLIB_TRACE(2) << " topo not yet created in libSate, returning " << topoName;
+    return;
+  }
+  Mox::Ptr<Port> port = topo->port(intf);
+  // A port that was merely inherited has not been announced.
+  const bool isNew = !port || !hasOwnEntryOf(*port);
+  if (!port) port = topo->portIs(intf);
+  TOPOLIB_TRACE(2) << topoName << ": Creating/Updating VlanPortConfig for Vlan" << vid << "/" << intf;
+  TOPOLIB_MSG("{}: Creating/Updating VlanPortConfig for {}", topoName, intf);
+  const Bridging::VlanConfig* const vlanConfig = bridging().vlanConfig(vid);
+  const Bridging::VlanPortConfig* const entry = vlanConfig == nullptr ? nullptr : vlanConfig->vlanPortConfig(intf);
+  const Bridging::VlanPortConfig value = entry == nullptr ? Bridging::VlanPortConfig() : *entry;
+  port->vlanPortConfigIs(vid, value);
+  if (isNew && !isRetired()) {
+    TOPOLIB_TRACE(2) << topoName << ": notifying TopoConfigSm about new Port " << intf;
+    if (TopoConfigSm* const topoSm = topoConfigSm(topoName)) topoSm->handleTopoPortConfigOrStatus(intf);
+  }
+  propagateToExpandingVlans(vid, intf, value);
+}
+
+void LibSm::doOnVlanPortConfigDelete(Bridging::VlanId vid, Quill::IntfId intf, const Mox::String& topoName) {
+  TOPOLIB_TRACE(8) << "doOnVlanPortConfigDelete" << vid << " intf " << intf << " topoName " << topoName;
+  const Mox::Ptr<Topo> topo = libState_->topo(topoName);
+  if (const Mox::Ptr<Port> port = topo ? topo->port(intf) : nullptr) {
+    TOPOLIB_TRACE(2) << topoName << ": Deleting VlanPortConfig for Vlan" << vid << "/" << intf << " topoName "
+                     << topoName;
+    TOPOLIB_MSG("{}: Deleting VlanPortConfig for Vlan{}/{}", topoName, vid, intf);
+    port->vlanPortConfigDel(vid);
+    if (port->vlanPortConfig().empty()) {
+      TOPOLIB_TRACE(2) << topoName << ": no more VPCs, deleting Port " << intf;
+      topo->portDel(intf);
+      TopoConfigSm* const topoSm = isRetired() ? nullptr : topoConfigSm(topoName);
+      if (topoSm != nullptr) topoSm->handleTopoPortConfigOrStatus(intf);
+    }
+  }
+  withdrawFromExpandingVlans(vid, intf);
+  inheritFromExpandedVlans(vid, intf);
+}
+
+void LibSm::doPopulateCurrentPortSet(Bridging::VlanId vid, const Mox::String& topoName) {
+  populatePortSet(*topoLibCodef_->delPendingPortSet(), vid, topoName);
+}
+
+void LibSm::populatePortSet(PortSet& set, Bridging::VlanId vid, const Mox::String& topoName) const {
+  set.portDelAll();
+  TOPOLIB_TRACE(2) << "old topo is " << topoName;
+  const Topo* const topo = std::as_const(*libState_).topo(topoName);
+  if (topo == nullptr) return;
+  for (const auto& [intf, port] : topo->port()) {
+    if (port.vlanPortConfig(vid) != nullptr) set.portIs(intf);
+  }
+}
+
+void LibSm::doSyncTopoPort(Quill::IntfId intf, const Mox::String& topoName, Bridging::Topology::PortState state,
+                           std::uint32_t fdbFlush, bool active) {
+  const Mox::Ptr<Topo> topo = libState_->topo(topoName);
+  const Mox::Ptr<Port> port = topo ? topo->port(intf) : nullptr;
+  if (!port) return;
+  port->activeIs(active);
+  port->stateIs(state);
+  port->fdbFlushIs(fdbFlush);
+}
+
+bool LibSm::hasOwnEntry(Bridging::VlanId vid, Quill::IntfId intf) const {
+  const Bridging::VlanConfig* const vlanConfig = bridging().vlanConfig(vid);
+  return vlanConfig != nullptr && vlanConfig->vlanPortConfig(intf) != nullptr;
+}
+
+/// Whether any entry of the port is its VLAN's own. Where nothing expands there is nothing to inherit.
+bool LibSm::hasOwnEntryOf(const Port& port) const {
+  if (vlanToExpVlanSetMap_.empty()) return true;
+  for (const auto& [vid, entry] : port.vlanPortConfig()) {
+    if (hasOwnEntry(vid, port.intf())) return true;
+  }
+  return false;
+}
+
+/// The VLANs that expand into this one inherit its entry, each in its own topology.
+void LibSm::propagateToExpandingVlans(Bridging::VlanId expVid, Quill::IntfId intf,
+                                      const Bridging::VlanPortConfig& value) {
+  const Mox::Ptr<const VlanToVlanSet> expanding = expVlanToVlanSetMap(expVid);
+  if (!expanding) return;
+  for (const auto& [vid, present] : expanding->someVlan()) {
+    const Mox::Ptr<Topo> topo = libState_->topo(configuredTopo(vid));
+    if (topo && bridging().vlanConfig(vid) != nullptr && !hasOwnEntry(vid, intf)) inheritEntry(topo, vid, intf, value);
+  }
+}
+
+void LibSm::withdrawFromExpandingVlans(Bridging::VlanId expVid, Quill::IntfId intf) {
+  const Mox::Ptr<const VlanToVlanSet> expanding = expVlanToVlanSetMap(expVid);
+  if (!expanding) return;
+  for (const auto& [vid, present] : expanding->someVlan()) {
+    const Mox::Ptr<Topo> topo = libState_->topo(configuredTopo(vid));
+    if (topo && topo->port(intf) != nullptr && !hasOwnEntry(vid, intf)) disinheritEntry(topo, vid, intf);
+  }
+}
+
+/// A VLAN that has lost its own entry inherits one, if it expands into a VLAN that the port carries.
+void LibSm::inheritFromExpandedVlans(Bridging::VlanId vid, Quill::IntfId intf) {
+  const Mox::Ptr<const VlanToVlanSet> expanded = vlanToExpVlanSetMap(vid);
+  if (!expanded) return;
+  const Mox::Ptr<Topo> topo = libState_->topo(configuredTopo(vid));
+  if (!topo) return;
+  for (const auto& [expVid, present] : expanded->someVlan()) {
+    const Topo* const expTopo = std::as_const(*libState_).topo(configuredTopo(expVid));
+    const Port* const expPort = expTopo == nullptr ? nullptr : expTopo->port(intf);
+    const Bridging::VlanPortConfig* const entry = expPort == nullptr ? nullptr : expPort->vlanPortConfig(expVid);
+    if (entry == nullptr || bridging().vlanConfig(vid) == nullptr || hasOwnEntry(vid, intf)) continue;
+    inheritEntry(topo, vid, intf, Bridging::VlanPortConfig(*entry));
+  }
+}
+
+void LibSm::inheritEntry(const Mox::Ptr<Topo>& topo, Bridging::VlanId vid, Quill::IntfId intf,
+                         const Bridging::VlanPortConfig& value) {
+  const Mox::Ptr<Port> port = topo->portIs(intf);
+  TOPOLIB_TRACE(2) << topo->name() << ": Creating/Updating VlanPortConfig for Vlan" << vid << "/" << intf;
+  TOPOLIB_MSG("{}: Creating/Updating VlanPortConfig for Vlan{}/{}", topo->name(), vid, intf);
+  port->vlanPortConfigIs(vid, value);
+}
+
+void LibSm::disinheritEntry(const Mox::Ptr<Topo>& topo, Bridging::VlanId vid, Quill::IntfId intf) {
+  const Mox::Ptr<Port> port = topo->port(intf);
+  TOPOLIB_TRACE(2) << topo->name() << ": Deleting VlanPortConfig for Vlan" << vid << "/" << intf;
+  port->vlanPortConfigDel(vid);
+  if (!port->vlanPortConfig().empty()) return;
+  TOPOLIB_TRACE(2) << topo->name() << ": no more VPCs, deleting Port " << intf;
+  const Mox::Ptr<TopoConfigSm> topoSm = topoConfigSm(topo->name());
+  if (topoSm) topoSm->doRemovePort(intf);
+  topo->portDel(intf);
+  // A reader that was told of the port while it went may have had it admitted again.
+  if (topoSm && topoSm->topoPortConfigSm(intf) != nullptr) topoSm->handleTopoPortConfigOrStatus(intf);
+}
+
+}  // namespace Topology::Library
