@@ -8,5 +8,5 @@ if(sources)
   add_executable(topolib_bench ${sources})
   topolib_compile_options(topolib_bench)
   target_link_libraries(topolib_bench PRIVATE
-    TopoLib::TopoLib benchmark::benchmark Boost::headers absl::flat_hash_map)
+    TopoLib::TopoLibVlan benchmark::benchmark Boost::headers absl::flat_hash_map)
 endif()

@@ -7,7 +7,7 @@ foreach(source IN LISTS examples)
   set(program example_${stem})
   add_executable(${program} ${source})
   topolib_compile_options(${program})
-  target_link_libraries(${program} PRIVATE TopoLib::TopoLib)
+  target_link_libraries(${program} PRIVATE TopoLib::TopoLibVlan)
   set_target_properties(${program} PROPERTIES OUTPUT_NAME ${stem})
 
   set(expected ${PROJECT_SOURCE_DIR}/examples/${stem}.expected)

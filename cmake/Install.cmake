@@ -18,7 +18,7 @@ install(FILES
 set(pkgconfig_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH pkgconfig_to_prefix /prefix/${pkgconfig_folder} /prefix)
 string(REGEX REPLACE "/$" "" pkgconfig_to_prefix "${pkgconfig_to_prefix}")
-foreach(name IN ITEMS mox topolib)
+foreach(name IN ITEMS mox topolib topolibvlan)
   configure_file(cmake/${name}.pc.in ${name}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${name}.pc
     DESTINATION ${pkgconfig_folder} COMPONENT Development)

@@ -297,7 +297,7 @@ class MOX_PUBLIC LibSm : public Mox::StateMachine<LibSm> {
 
   // The ports of a VLAN.
   [[nodiscard]] bool hasOwnEntry(Bridging::VlanId vid, Quill::IntfId intf) const;
-  [[nodiscard]] bool hasOwnEntryOf(const Port& port) const;
+  [[nodiscard]] Mox::Ptr<Port> portOf(const Mox::Ptr<Topo>& topo, Quill::IntfId intf);
   void propagateToExpandingVlans(Bridging::VlanId expVid, Quill::IntfId intf, const Bridging::VlanPortConfig& value);
   void withdrawFromExpandingVlans(Bridging::VlanId expVid, Quill::IntfId intf);
   void inheritFromExpandedVlans(Bridging::VlanId vid, Quill::IntfId intf);

@@ -23,19 +23,18 @@ void LibSm::doOnVlanPortConfigAdd(Bridging::VlanId vid, Quill::IntfId intf, cons
     TOPOLIB_TRACE(2) << " topo not yet created in libSate, returning " << topoName;
     return;
   }
-  Mox::Ptr<Port> port = topo->port(intf);
-  // A port that was merely inherited has not been announced.
-  const bool isNew = !port || !hasOwnEntryOf(*port);
-  if (!port) port = topo->portIs(intf);
+  const Mox::Ptr<Port> port = portOf(topo, intf);
   TOPOLIB_TRACE(2) << topoName << ": Creating/Updating VlanPortConfig for Vlan" << vid << "/" << intf;
   TOPOLIB_MSG("{}: Creating/Updating VlanPortConfig for {}", topoName, intf);
   const Bridging::VlanConfig* const vlanConfig = bridging().vlanConfig(vid);
   const Bridging::VlanPortConfig* const entry = vlanConfig == nullptr ? nullptr : vlanConfig->vlanPortConfig(intf);
   const Bridging::VlanPortConfig value = entry == nullptr ? Bridging::VlanPortConfig() : *entry;
   port->vlanPortConfigIs(vid, value);
-  if (isNew && !isRetired()) {
+  TopoConfigSm* const topoSm = isRetired() ? nullptr : topoConfigSm(topoName);
+  if (topoSm != nullptr && topoSm->isUnannounced(intf)) {
     TOPOLIB_TRACE(2) << topoName << ": notifying TopoConfigSm about new Port " << intf;
-    if (TopoConfigSm* const topoSm = topoConfigSm(topoName)) topoSm->handleTopoPortConfigOrStatus(intf);
+    topoSm->unannouncedDel(intf);
+    topoSm->handleTopoPortConfigOrStatus(intf);
   }
   propagateToExpandingVlans(vid, intf, value);
 }
@@ -51,8 +50,10 @@ void LibSm::doOnVlanPortConfigDelete(Bridging::VlanId vid, Quill::IntfId intf, c
     if (port->vlanPortConfig().empty()) {
       TOPOLIB_TRACE(2) << topoName << ": no more VPCs, deleting Port " << intf;
       topo->portDel(intf);
-      TopoConfigSm* const topoSm = isRetired() ? nullptr : topoConfigSm(topoName);
-      if (topoSm != nullptr) topoSm->handleTopoPortConfigOrStatus(intf);
+      if (TopoConfigSm* const topoSm = isRetired() ? nullptr : topoConfigSm(topoName)) {
+        topoSm->unannouncedDel(intf);
+        topoSm->handleTopoPortConfigOrStatus(intf);
+      }
     }
   }
   withdrawFromExpandingVlans(vid, intf);
@@ -88,13 +89,11 @@ bool LibSm::hasOwnEntry(Bridging::VlanId vid, Quill::IntfId intf) const {
   return vlanConfig != nullptr && vlanConfig->vlanPortConfig(intf) != nullptr;
 }
 
-/// Whether any entry of the port is its VLAN's own. Where nothing expands there is nothing to inherit.
-bool LibSm::hasOwnEntryOf(const Port& port) const {
-  if (vlanToExpVlanSetMap_.empty()) return true;
-  for (const auto& [vid, entry] : port.vlanPortConfig()) {
-    if (hasOwnEntry(vid, port.intf())) return true;
-  }
-  return false;
+/// The published port, made if it is absent.
+Mox::Ptr<Port> LibSm::portOf(const Mox::Ptr<Topo>& topo, Quill::IntfId intf) {
+  if (Port* const existing = topo->port(intf)) return existing;
+  if (TopoConfigSm* const topoSm = topoConfigSm(topo->name())) topoSm->unannouncedIs(intf);
+  return topo->portIs(intf);
 }
 
 /// The VLANs that expand into this one inherit its entry, each in its own topology.
@@ -134,7 +133,7 @@ void LibSm::inheritFromExpandedVlans(Bridging::VlanId vid, Quill::IntfId intf) {
 
 void LibSm::inheritEntry(const Mox::Ptr<Topo>& topo, Bridging::VlanId vid, Quill::IntfId intf,
                          const Bridging::VlanPortConfig& value) {
-  const Mox::Ptr<Port> port = topo->portIs(intf);
+  const Mox::Ptr<Port> port = portOf(topo, intf);
   TOPOLIB_TRACE(2) << topo->name() << ": Creating/Updating VlanPortConfig for Vlan" << vid << "/" << intf;
   TOPOLIB_MSG("{}: Creating/Updating VlanPortConfig for Vlan{}/{}", topo->name(), vid, intf);
   port->vlanPortConfigIs(vid, value);
@@ -147,7 +146,10 @@ void LibSm::disinheritEntry(const Mox::Ptr<Topo>& topo, Bridging::VlanId vid, Qu
   if (!port->vlanPortConfig().empty()) return;
   TOPOLIB_TRACE(2) << topo->name() << ": no more VPCs, deleting Port " << intf;
   const Mox::Ptr<TopoConfigSm> topoSm = topoConfigSm(topo->name());
-  if (topoSm) topoSm->doRemovePort(intf);
+  if (topoSm) {
+    topoSm->doRemovePort(intf);
+    topoSm->unannouncedDel(intf);
+  }
   topo->portDel(intf);
   // A reader that was told of the port while it went may have had it admitted again.
   if (topoSm && topoSm->topoPortConfigSm(intf) != nullptr) topoSm->handleTopoPortConfigOrStatus(intf);

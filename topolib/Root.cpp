@@ -53,6 +53,24 @@ Mox::Ptr<LibSm> Root::libSmIs(const Mox::String& name, const Mox::Ptr<const Brid
   return made;
 }
 
+Mox::Ptr<TopologyStatusLibSm> Root::topologyStatusLibSmIs(
+    const Mox::Ptr<Bridging::Topology::Inst::Status>& status, const Mox::Ptr<const LibState>& libState,
+    const Mox::Ptr<const Bridging::Topology::Config>& config,
+    const Mox::Ptr<const Interface::EthIntfStatusDir>& ethIntfStatusDir) {
+  if (const TopologyStatusLibSm* const sm = topologyStatusLibSm_.get();
+      sm != nullptr && sm->status() == status && libState == sm->libState() && sm->config() == config &&
+      sm->ethIntfStatusDir() == ethIntfStatusDir) {
+    return topologyStatusLibSm_;
+  }
+  const Mox::Ptr<Root> self(this);
+  const Mox::Ptr<TopologyStatusLibSm> made =
+      TopologyStatusLibSm::TopologyStatusLibSmIs(status, libState, config, ethIntfStatusDir);
+  made->hasNotificationActiveIs(true);
+  if (topologyStatusLibSm_) topologyStatusLibSm_->moxDoZombieReactors(true);
+  scalarIs(topologyStatusLibSm_, made, topologyStatusLibSmAttr);
+  return made;
+}
+
 Mox::Ptr<Root> rootFactory(const Mox::String& name) { return Mox::makePtr<Root>(name); }
 
 }  // namespace Topology::Library

@@ -24,12 +24,14 @@
 #include "mox/Entity.h"
 #include "mox/Public.h"
 #include "topolib/LibSm.h"
+#include "topolib/TopologyStatusLibSm.h"
 
 namespace Topology::Library {
 
 class MOX_PUBLIC Root : public Mox::NamedEntity {
  public:
   static constexpr Mox::ScalarAttribute libSmAttr{0, "libSm"};
+  static constexpr Mox::ScalarAttribute topologyStatusLibSmAttr{1, "topologyStatusLibSm"};
 
   explicit Root(Mox::String name) noexcept;
   ~Root() override;
@@ -55,8 +57,19 @@ class MOX_PUBLIC Root : public Mox::NamedEntity {
                           LibSmMode libSmMode, bool ignoreInternalVlan, bool deferProcessing,
                           const std::uint64_t& validIntfPtr);
 
+  /// The running status publisher, or null.
+  [[nodiscard]] const Mox::Ptr<TopologyStatusLibSm>& topologyStatusLibSm() const noexcept {
+    return topologyStatusLibSm_;
+  }
+  /// Starts the status publisher, which writes `status`. The same four entities give the same one.
+  Mox::Ptr<TopologyStatusLibSm> topologyStatusLibSmIs(
+      const Mox::Ptr<Bridging::Topology::Inst::Status>& status, const Mox::Ptr<const LibState>& libState,
+      const Mox::Ptr<const Bridging::Topology::Config>& config,
+      const Mox::Ptr<const Interface::EthIntfStatusDir>& ethIntfStatusDir);
+
  private:
   Mox::Ptr<LibSm> libSm_;
+  Mox::Ptr<TopologyStatusLibSm> topologyStatusLibSm_;
 };
 
 [[nodiscard]] MOX_PUBLIC Mox::Ptr<Root> rootFactory(const Mox::String& name);

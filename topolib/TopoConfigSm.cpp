@@ -66,6 +66,10 @@ void TopoConfigSm::doRemovePort(Quill::IntfId intf) {
 void TopoConfigSm::serve(Quill::IntfId intf, auto&& work) {
   const Mox::Ptr<TopoConfigSm> self(this);
   const auto again = [&] {
+    // Removed and admitted again on another entity: the two come to one request.
+    const TopoPortConfigSm* const stale = topoPortConfigSm(intf);
+    if (stale != nullptr && stale->topoPortConfig() != topoConfig()->topoPortConfig(intf)) removePort(intf);
+    if (isRetired()) return;
     reconcilePort(intf);
     if (const Mox::Ptr<TopoPortConfigSm> topoPortSm = topoPortConfigSm(intf)) topoPortSm->doPublish();
   };

@@ -87,6 +87,10 @@ class MOX_PUBLIC TopoConfigSm : public Mox::StateMachine<TopoConfigSm> {
   void doReevaluate();
   /// Retires a port whose `Port` is about to be deleted: makes it inactive and removes its state machine, if any.
   void doRemovePort(Quill::IntfId intf);
+  /// A published port that was not announced yet: one that only inherits its entries, or is just being made.
+  [[nodiscard]] bool isUnannounced(Quill::IntfId intf) const noexcept { return unannounced_.has(intf); }
+  void unannouncedIs(Quill::IntfId intf) { unannounced_.insertOrAssign(intf, {}); }
+  void unannouncedDel(Quill::IntfId intf) { unannounced_.erase(intf); }
   /// Publishes what the configuration of a port says now.
   void doPublish(TopoPortConfigSm& topoPortSm);
 
@@ -138,6 +142,7 @@ class MOX_PUBLIC TopoConfigSm : public Mox::StateMachine<TopoConfigSm> {
   Mox::EntityCollection<Quill::IntfId, MoxEthIntfStatus> ethIntfStatus_;
   Mox::EntityCollection<Quill::IntfId, TopoPortConfigSm> topoPortConfigSm_;
   LibSm* libSm_;
+  Mox::SetCollection<Quill::IntfId> unannounced_;
   detail::OneAtATime<Quill::IntfId> reconciling_;
 };
 

@@ -4,6 +4,7 @@
 //   topolib/LibState.h            what it publishes
 //   topolib/LibSm.h               the state machine, and how it treats its inputs
 //   topolib/TopoLibCodef.h        the backlog processor: slices, counters, the idle flag
+//   topolib/TopologyStatusLibSm.h the status publisher
 //   topolib/FilterIntf.h          a choice of interfaces of one's own; topolib/LocalIntfFilter.h is the usual one
 //   bridging/, interface/         the inputs
 
@@ -16,3 +17,4 @@
 #include "topolib/LocalIntfFilter.h"
 #include "topolib/Root.h"
 #include "topolib/TopoLibCodef.h"
+#include "topolib/TopologyStatusLibSm.h"

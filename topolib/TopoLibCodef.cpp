@@ -65,6 +65,14 @@ void TopoLibCodef::doScheduleBacklogProcessing() {
   }
 }
 
+void TopoLibCodef::doRememberRun() {
+  if (libSm_->deferProcessing()) {
+    clock_.timeMinIs(0.0);
+  } else {
+    isRunRemembered_ = true;
+  }
+}
+
 void TopoLibCodef::doRunRemembered() {
   if (initialized() && marks_ == 0 && std::exchange(isRunRemembered_, false)) doScheduleBacklogProcessing();
 }

@@ -18,7 +18,7 @@
 //     `yieldBeforeFinishingCount` records it.
 //   - An interface that leaves a DirtyVlan during a run is an update seen and arms the clock, so an empty run follows.
 //   - An exception from a reader of LibState ends the run and goes to whoever set it off. The VLAN that was being served
-//     is marked again as a whole, and with deferral the clock is armed.
+//     is marked again as a whole; it is served by the next round, or without deferral with the next mark.
 
 #pragma once
 
@@ -125,6 +125,9 @@ class MOX_PUBLIC TopoLibCodef : public Mox::StateMachine<TopoLibCodef> {
     }
     doRunRemembered();
   }
+
+  /// Has a run that ended early followed by another one: by the clock, or without deferral with the next mark.
+  void doRememberRun();
 
   /// Whether a run is under way.
   [[nodiscard]] bool isRunning() const noexcept { return isRunning_; }

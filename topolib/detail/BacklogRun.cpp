@@ -98,7 +98,7 @@ BacklogRun::Outcome BacklogRun::process(const Vlan& vlan) {
   } catch (...) {
     forgetPlace();
     vlan.dv->dirtyIs(true);
-    if (isDeferred_) codef_.timeMinIs(0.0);
+    codef_.doRememberRun();
     throw;
   }
 }

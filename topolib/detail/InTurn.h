@@ -12,6 +12,8 @@ namespace Topology::Library::detail {
 
 class InTurn {
  public:
+  [[nodiscard]] bool isRunning() const noexcept { return isRunning_; }
+
   /// Does the work now, or after the one under way. What an exception has kept waiting is done first.
   void run(auto&& work) {
     waiting_.emplace_back(std::forward<decltype(work)>(work));

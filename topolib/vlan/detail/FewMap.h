@@ -1,0 +1,112 @@
+// A map for very few members: a sorted array of exactly their number.
+//
+// A view has millions of them with one member each, where the least table of a HashMap would cost several times as much.
+// A pass goes in the order of the keys; its position is a key, so that it goes on whatever changes under it.
+
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "mox/Member.h"
+
+namespace Topology::Library::Vlan::detail {
+
+template <class K, class V>
+class FewMap {
+  struct Entry {
+    K key;
+    V value;
+  };
+
+ public:
+  using Key = K;
+  using Value = V;
+
+  class Iterator {
+   public:
+    using value_type = Mox::Member<K, const V>;
+    using difference_type = std::ptrdiff_t;
+
+    explicit Iterator(const FewMap& map) : map_(&map) {
+      if (!map.empty()) key_ = map.entries_[0].key;
+    }
+
+    [[nodiscard]] explicit operator bool() const noexcept { return key_.has_value(); }
+    [[nodiscard]] friend bool operator==(const Iterator& i, std::default_sentinel_t) noexcept { return !i; }
+    [[nodiscard]] const K& key() const noexcept { return *key_; }
+    [[nodiscard]] Mox::Member<K, const V> operator*() const noexcept { return {*key_, *map_->find(*key_)}; }
+    void advance() {
+      const std::size_t next = map_->lowerBound(*key_) + (map_->find(*key_) != nullptr ? 1 : 0);
+      key_ = next < map_->size() ? std::optional(map_->entries_[next].key) : std::nullopt;
+    }
+    Iterator& operator++() {
+      advance();
+      return *this;
+    }
+    void operator++(int) { advance(); }
+
+   private:
+    const FewMap* map_;
+    std::optional<K> key_;
+  };
+
+  [[nodiscard]] std::size_t size() const noexcept { return size_; }
+  [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
+  [[nodiscard]] bool has(const K& key) const noexcept { return find(key) != nullptr; }
+  /// The value, or null. Valid until the next change.
+  [[nodiscard]] const V* find(const K& key) const noexcept {
+    const std::size_t place = lowerBound(key);
+    return place < size_ && entries_[place].key == key ? &entries_[place].value : nullptr;
+  }
+  [[nodiscard]] Iterator begin() const { return Iterator(*this); }
+  [[nodiscard]] std::default_sentinel_t end() const noexcept { return {}; }
+
+  /// Inserts or overwrites; false when an equal value was there already. An overwritten one is handed out in `value`.
+  bool exchange(const K& key, V& value) {
+    const std::size_t place = lowerBound(key);
+    if (place < size_ && entries_[place].key == key) {
+      if (entries_[place].value == value) return false;
+      std::swap(entries_[place].value, value);
+      return true;
+    }
+    auto grown = std::make_unique<Entry[]>(size_ + std::size_t{1});
+    std::move(entries_.get(), entries_.get() + place, grown.get());
+    grown[place] = {key, std::move(value)};
+    std::move(entries_.get() + place, entries_.get() + size_, grown.get() + place + 1);
+    entries_ = std::move(grown);
+    ++size_;
+    return true;
+  }
+
+  /// Takes a value out, or nothing when the key is absent.
+  std::optional<V> take(const K& key) {
+    const std::size_t place = lowerBound(key);
+    if (place == size_ || !(entries_[place].key == key)) return std::nullopt;
+    std::optional<V> taken(std::move(entries_[place].value));
+    auto shrunk = size_ == 1 ? nullptr : std::make_unique<Entry[]>(size_ - std::size_t{1});
+    std::move(entries_.get(), entries_.get() + place, shrunk.get());
+    std::move(entries_.get() + place + 1, entries_.get() + size_, shrunk.get() + place);
+    entries_.swap(shrunk);
+    --size_;
+    return taken;
+  }
+
+ private:
+  [[nodiscard]] std::size_t lowerBound(const K& key) const noexcept {
+    const Entry* const begin = entries_.get();
+    const Entry* const at =
+        std::lower_bound(begin, begin + size_, key, [](const Entry& entry, const K& k) { return entry.key < k; });
+    return static_cast<std::size_t>(at - begin);
+  }
+
+  std::unique_ptr<Entry[]> entries_;
+  std::uint32_t size_ = 0;
+};
+
+}  // namespace Topology::Library::Vlan::detail
