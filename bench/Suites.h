@@ -23,6 +23,8 @@ void addVlanMaps(Targets& targets);
 void addTraces(Targets& targets);
 void addKestrel(Targets& targets);
 void addBuildStates(Targets& targets);
+void addLibrary(Targets& targets);
+void addView(Targets& targets);
 
 /// Registers a benchmark under a name that is made up at run time.
 template <class Job, class... Args>

@@ -78,6 +78,8 @@ int run(std::vector<char*> args) {
   addTraces(targets);
   addKestrel(targets);
   addBuildStates(targets);
+  addLibrary(targets);
+  addView(targets);
 
   Collector collector;
   benchmark::RunSpecifiedBenchmarks(&collector);

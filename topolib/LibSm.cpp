@@ -64,6 +64,7 @@ detail::Busy::~Busy() {
 }
 
 void LibSm::handleInitialized() {
+  const detail::Busy busy(*this);
   if (status() != nullptr && ethIntfStatusDir() == nullptr) return;
   TOPOLIB_TRACE(8) << "LibSm::handleInitialized";
   initializedIs(true);
@@ -116,15 +117,17 @@ void LibSm::markEveryVlan() {
   if (const Mox::Ptr<const Bridging::Topology::Config> configured = config()) {
     for (const auto& [vid, topoName] : configured->vidToTopoMap()) doOnVlanPortUpdate(vid, {});
   }
-  for (const auto& [topoName, mapped] : topoToVlanMap_->mappedVlan()) {
-    for (const auto& [vid, isMapped] : mapped.vlan()) doOnVlanPortUpdate(vid, {});
+  const Mox::Ptr<const TopoToVlanMap> registered = topoToVlanMap_;
+  for (const auto& [topoName, mapped] : registered->mappedVlan()) {
+    const Mox::Ptr<const MappedVlan> vlans(&mapped);
+    for (const auto& [vid, isMapped] : vlans->vlan()) doOnVlanPortUpdate(vid, {});
   }
   for (const auto& [vid, sm] : vlanConfigSm_) doOnVlanPortUpdate(vid, {});
 }
 
 void LibSm::handleEthIntfStatusDir() {
   TOPOLIB_TRACE(8) << "handleEthIntfStatusDir";
-  if (!initialized()) handleInitialized();
+  if (!initialized() && !isRetired()) handleInitialized();
 }
 
 void LibSm::ethIntfStatusDirIs(const Mox::Ptr<const Interface::EthIntfStatusDir>& dir) {
@@ -171,6 +174,7 @@ Mox::Ptr<TopoConfigSm> LibSm::topoConfigSmIs(const Mox::Ptr<const Bridging::Topo
       Mox::makePtr<TopoConfigSm>(topoConfig, topoStatus, topoInstStatus, ethIntfStatusDir, this);
   sm->hasNotificationActiveIs(true);
   memberInsert(topoConfigSm_, topoConfigSmAttr, name, sm);
+  if (isRetired()) sm->moxDoZombieReactors(true);
   return sm;
 }
 
@@ -187,6 +191,7 @@ Mox::Ptr<VlanConfigSm> LibSm::vlanConfigSmIs(Bridging::VlanId vid,
                                              const Mox::Ptr<const Bridging::VlanConfig>& vlanConfig) {
   const Mox::Ptr<VlanConfigSm> sm = memberIs(vlanConfigSm_, vlanConfigSmAttr, vid, vlanConfig, this);
   sm->hasNotificationActiveIs(true);
+  if (isRetired()) sm->moxDoZombieReactors(true);
   return sm;
 }
 

@@ -25,7 +25,8 @@
 //     status. One that is no longer wanted lingers until its last VLAN has left; one whose entities were replaced under
 //     the same name meanwhile is an orphan, and is rebuilt then.
 //   - A reader of LibState may change the inputs, and release or replace the state machine, from inside a notification.
-//     A state machine that is released inside one of its own notifications does nothing more, and ends with it.
+//     A state machine that is released inside one of its own notifications does nothing more, and ends when the
+//     notification has returned.
 //   - Destroying it leaves the contents of LibState as they stand.
 //   - The operations named `do...` and `handle...` are for the state machines and the tests; a client needs none of them.
 //
@@ -34,6 +35,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "bridging/Config.h"
 #include "bridging/TopologyConfig.h"
@@ -225,6 +227,9 @@ class MOX_PUBLIC LibSm : public Mox::StateMachine<LibSm> {
   void doExpandVlanTopo(const Mox::String& topoName, Bridging::VlanId vid, Bridging::VlanId expVid);
   void undoExpandVlanTopo(const Mox::String& topoName, Bridging::VlanId vid, Bridging::VlanId expVid);
 
+  /// Applies a VLAN's expansions again, where the configuration still gives it to the topology.
+  void doReapplyExpansion(Bridging::VlanId vid, const Mox::String& topoName);
+
   // Questions, which the backlog processor asks for every VLAN and port. The free functions below ask the same.
   [[nodiscard]] bool skipsInternalVlan(Bridging::VlanId vid) const;
   [[nodiscard]] bool hasVlanMappedToTopo(const Mox::String& topoName, Bridging::VlanId vid) const;
@@ -298,9 +303,11 @@ class MOX_PUBLIC LibSm : public Mox::StateMachine<LibSm> {
   // The ports of a VLAN.
   [[nodiscard]] bool hasOwnEntry(Bridging::VlanId vid, Quill::IntfId intf) const;
   [[nodiscard]] Mox::Ptr<Port> portOf(const Mox::Ptr<Topo>& topo, Quill::IntfId intf);
-  void propagateToExpandingVlans(Bridging::VlanId expVid, Quill::IntfId intf, const Bridging::VlanPortConfig& value);
+  void propagateToExpandingVlans(Bridging::VlanId expVid, Quill::IntfId intf, const Mox::String& topoName);
   void withdrawFromExpandingVlans(Bridging::VlanId expVid, Quill::IntfId intf);
   void inheritFromExpandedVlans(Bridging::VlanId vid, Quill::IntfId intf);
+  [[nodiscard]] Mox::Ptr<Topo> topoOfVlan(Bridging::VlanId vid) const;
+  [[nodiscard]] bool isPublished(const Topo& topo) const;
   void inheritEntry(const Mox::Ptr<Topo>& topo, Bridging::VlanId vid, Quill::IntfId intf,
                     const Bridging::VlanPortConfig& value);
   void disinheritEntry(const Mox::Ptr<Topo>& topo, Bridging::VlanId vid, Quill::IntfId intf);
@@ -310,11 +317,13 @@ class MOX_PUBLIC LibSm : public Mox::StateMachine<LibSm> {
   void changeExpansion(Bridging::VlanId vid, Bridging::VlanIdOrNone expVid);
   void moveExpansion(Bridging::VlanId vid);
   void applyExpansion(Bridging::VlanId vid, const Mox::String& topoName);
-  void withdrawExpansion(Bridging::VlanId vid, const Mox::String& topoName);
+  void withdrawExpansion(Bridging::VlanId vid, const Mox::String& topoName,
+                         const std::vector<Bridging::VlanId>& expanded);
   void withdrawInherited(Bridging::VlanId vid, const Mox::String& topoName);
   void dropExpansion(Bridging::VlanId vid);
   void dropStaleExpansion(Bridging::VlanId vid);
-  void unlinkExpansion(Bridging::VlanId vid);
+  std::vector<Bridging::VlanId> unlinkExpansion(Bridging::VlanId vid);
+  [[nodiscard]] std::vector<Bridging::VlanId> expandedVlans(Bridging::VlanId vid) const;
 
   Mox::String name_;
   // The inputs beside their reactors: an action that is under way when the state machine is retired reads them still.

@@ -14,9 +14,8 @@ namespace Topology::Library {
 
 void LibSm::handleFloodsetExpandedVlan(Bridging::VlanId vid, Bridging::VlanIdOrNone expVid) {
   TOPOLIB_ASSERT_INITIALIZED();
-  TOPOLIB_TRACE(8) << "LibSm::"
-                   << "handleFloodsetExpandedVlan"
-                   << " vlan:" << vid << " expVlan:" << expVid;
+  if (isRetired()) return;
+  TOPOLIB_TRACE(8) << "LibSm::handleFloodsetExpandedVlan vlan:" << vid << " expVlan:" << expVid;
   // Inside an expansion under way the record may be behind: the VLAN's move then waits in front of this change.
   if (const Mox::String* const topoName = vidToExpandedTopoMap(vid); topoName != nullptr && !expanding_.isRunning()) {
     const Mox::String* const current = config() == nullptr ? nullptr : config()->vidToTopoMap(vid);
@@ -28,23 +27,29 @@ void LibSm::handleFloodsetExpandedVlan(Bridging::VlanId vid, Bridging::VlanIdOrN
 }
 
 void LibSm::changeExpansion(Bridging::VlanId vid, Bridging::VlanIdOrNone expVid) {
-  if (isRetired() || (expVid.isNone() && !vlanToExpVlanSetMapHas(vid))) return;
+  if (isRetired()) return;
   const Mox::String* const recorded = vidToExpandedTopoMap(vid);
   const Mox::String topoName = recorded == nullptr ? configuredTopo(vid) : *recorded;
   if (expVid.isNone()) {
-    withdrawExpansion(vid, topoName);
-    unlinkExpansion(vid);
+    withdrawExpansion(vid, topoName, unlinkExpansion(vid));
     return;
   }
   const Bridging::VlanId expanded(expVid);
   dropStaleExpansion(expanded);
-  const Mox::Ptr<VlanToVlanSet> set = vlanToExpVlanSetMapIs(vid);
-  if (!set->someVlan().empty() && !set->someVlan(expanded)) withdrawExpansion(vid, topoName);
-  unlinkExpansion(vid);
+  const VlanToVlanSet* const set = vlanToExpVlanSetMap(vid);
+  if (set != nullptr && !set->someVlan(expanded)) withdrawExpansion(vid, topoName, unlinkExpansion(vid));
+  if (isRetired()) return;
   vlanToExpVlanSetMapIs(vid)->someVlanIs(expanded);
   expVlanToVlanSetMapIs(expanded)->someVlanIs(vid);
   doExpandVlanTopo(topoName, vid, expanded);
   vidToExpandedTopoMapIs(vid, topoName);
+}
+
+void LibSm::doReapplyExpansion(Bridging::VlanId vid, const Mox::String& topoName) {
+  if (!vlanToExpVlanSetMapHas(vid)) return;
+  expanding_.run([this, vid, topoName] {
+    if (!isRetired() && vlanToExpVlanSetMapHas(vid) && configuredTopo(vid) == topoName) applyExpansion(vid, topoName);
+  });
 }
 
 /// The expansion side of a VLAN that was given to another topology, or to none.
@@ -56,15 +61,17 @@ void LibSm::moveExpansion(Bridging::VlanId vid) {
     if (const Mox::Ptr<const VlanToVlanSet> expanding = expVlanToVlanSetMap(vid)) {
       for (const auto& [source, present] : expanding->someVlan()) dropStaleExpansion(source);
     }
-    if (!vlanToExpVlanSetMapHas(vid)) return;
+    if (isRetired() || !vlanToExpVlanSetMapHas(vid)) return;
     TOPOLIB_ASSERT_TEXT(!vlanToExpVlanSetMapHas(vid) || !expVlanToVlanSetMapHas(vid),
                         "!vlanToExpVlanSetMapHas( vid ) || !expVlanToVlanSetMapHas( vid )");
     const Mox::String* const current = config() == nullptr ? nullptr : config()->vidToTopoMap(vid);
     const Mox::String* const recorded = vidToExpandedTopoMap(vid);
     if (current != nullptr && recorded != nullptr && *current == *recorded) return;
     if (recorded != nullptr) {
-      withdrawExpansion(vid, Mox::String(*recorded));
+      const Mox::String left = *recorded;
       vidToExpandedTopoMapDel(vid);
+      withdrawExpansion(vid, left, expandedVlans(vid));
+      if (isRetired()) return;
     }
     if (const Mox::String topoName = configuredTopo(vid); !topoName.empty()) {
       applyExpansion(vid, topoName);
@@ -75,14 +82,13 @@ void LibSm::moveExpansion(Bridging::VlanId vid) {
 
 void LibSm::doExpandVlanTopo(const Mox::String& topoName, Bridging::VlanId vid, Bridging::VlanId expVid) {
   TOPOLIB_ASSERT_INITIALIZED();
-  TOPOLIB_TRACE(8) << "LibSm::"
-                   << "doExpandVlanTopo"
-                   << " topo:" << topoName << " expVlan:" << expVid;
+  TOPOLIB_TRACE(8) << "LibSm::doExpandVlanTopo topo:" << topoName << " expVlan:" << expVid;
   if (config() == nullptr || !config()->vidToTopoMapHas(expVid)) return;
   const Mox::Ptr<Topo> topo = libState_->topo(topoName);
-  const Mox::Ptr<const Topo> expTopo = libState_->topo(configuredTopo(expVid));
+  const Mox::Ptr<const Topo> expTopo = topoOfVlan(expVid);
   if (!topo || !expTopo) return;
   for (const auto& [intf, expPort] : expTopo->port()) {
+    if (isRetired() || !isPublished(*topo)) return;
     const Bridging::VlanPortConfig* const entry = expPort.vlanPortConfig(expVid);
     if (entry == nullptr || bridging().vlanConfig(vid) == nullptr || hasOwnEntry(vid, intf)) continue;
     inheritEntry(topo, vid, intf, Bridging::VlanPortConfig(*entry));
@@ -91,14 +97,13 @@ void LibSm::doExpandVlanTopo(const Mox::String& topoName, Bridging::VlanId vid, 
 
 void LibSm::undoExpandVlanTopo(const Mox::String& topoName, Bridging::VlanId vid, Bridging::VlanId expVid) {
   TOPOLIB_ASSERT_INITIALIZED();
-  TOPOLIB_TRACE(8) << "LibSm::"
-                   << "undoExpandVlanTopo"
-                   << " vlan:" << vid << " expVlan:" << expVid;
+  TOPOLIB_TRACE(8) << "LibSm::undoExpandVlanTopo vlan:" << vid << " expVlan:" << expVid;
   if (config() == nullptr || !config()->vidToTopoMapHas(expVid)) return;
   const Mox::Ptr<Topo> topo = libState_->topo(topoName);
-  const Mox::Ptr<const Topo> expTopo = libState_->topo(configuredTopo(expVid));
+  const Mox::Ptr<const Topo> expTopo = topoOfVlan(expVid);
   if (!topo || !expTopo) return;
   for (const auto& [intf, expPort] : expTopo->port()) {
+    if (isRetired() || !isPublished(*topo)) return;
     if (expPort.vlanPortConfig(expVid) == nullptr) continue;
     if (bridging().vlanConfig(vid) == nullptr || hasOwnEntry(vid, intf)) continue;
     const Port* const port = std::as_const(*topo).port(intf);
@@ -107,14 +112,17 @@ void LibSm::undoExpandVlanTopo(const Mox::String& topoName, Bridging::VlanId vid
 }
 
 void LibSm::applyExpansion(Bridging::VlanId vid, const Mox::String& topoName) {
-  const Mox::Ptr<const VlanToVlanSet> set = vlanToExpVlanSetMap(vid);
-  for (const auto& [expVid, present] : set->someVlan()) doExpandVlanTopo(topoName, vid, expVid);
+  for (const Bridging::VlanId expVid : expandedVlans(vid)) {
+    if (!isRetired()) doExpandVlanTopo(topoName, vid, expVid);
+  }
 }
 
-void LibSm::withdrawExpansion(Bridging::VlanId vid, const Mox::String& topoName) {
-  const Mox::Ptr<const VlanToVlanSet> set = vlanToExpVlanSetMap(vid);
-  for (const auto& [expVid, present] : set->someVlan()) undoExpandVlanTopo(topoName, vid, expVid);
-  withdrawInherited(vid, topoName);
+void LibSm::withdrawExpansion(Bridging::VlanId vid, const Mox::String& topoName,
+                              const std::vector<Bridging::VlanId>& expanded) {
+  for (const Bridging::VlanId expVid : expanded) {
+    if (!isRetired()) undoExpandVlanTopo(topoName, vid, expVid);
+  }
+  if (!expanded.empty() && !isRetired()) withdrawInherited(vid, topoName);
 }
 
 /// Removes what could not be told from the expanded VLAN, which may have moved or gone meanwhile: the inherited entries of
@@ -124,6 +132,7 @@ void LibSm::withdrawInherited(Bridging::VlanId vid, const Mox::String& topoName)
   if (!topo) return;
   const bool isRegistered = hasVlanMappedToTopo(topoName, vid);
   for (const auto& [intf, port] : std::as_const(*topo).port()) {
+    if (isRetired() || !isPublished(*topo)) return;
     if (port.vlanPortConfig(vid) == nullptr || (isRegistered && hasOwnEntry(vid, intf))) continue;
     disinheritEntry(topo, vid, intf);
   }
@@ -142,24 +151,34 @@ void LibSm::dropStaleExpansion(Bridging::VlanId vid) {
 
 /// What it inherited in the topology with which it is registered is left to the visit that removes the VLAN from there.
 void LibSm::dropExpansion(Bridging::VlanId vid) {
+  if (isRetired()) return;
   const Mox::String* const recorded = vidToExpandedTopoMap(vid);
   const Mox::String topoName = recorded == nullptr ? Mox::String() : *recorded;
+  const bool wasApplied = recorded != nullptr;
   unlinkExpansion(vid);
-  if (!hasVlanMappedToTopo(topoName, vid)) withdrawInherited(vid, topoName);
+  if (wasApplied && !hasVlanMappedToTopo(topoName, vid)) withdrawInherited(vid, topoName);
 }
 
-/// Takes a VLAN out of the three maps.
-void LibSm::unlinkExpansion(Bridging::VlanId vid) {
-  if (const Mox::Ptr<VlanToVlanSet> set = vlanToExpVlanSetMap(vid)) {
-    for (const auto& [expVid, present] : set->someVlan()) {
-      const Mox::Ptr<VlanToVlanSet> inverse = expVlanToVlanSetMap(expVid);
-      inverse->someVlanDel(vid);
-      if (inverse->someVlan().empty()) expVlanToVlanSetMapDel(expVid);
-    }
-    set->someVlanDelAll();
-    vlanToExpVlanSetMapDel(vid);
+/// Takes a VLAN out of the three maps; returns the VLANs that it expanded into.
+std::vector<Bridging::VlanId> LibSm::unlinkExpansion(Bridging::VlanId vid) {
+  const std::vector<Bridging::VlanId> expanded = expandedVlans(vid);
+  for (const Bridging::VlanId expVid : expanded) {
+    const Mox::Ptr<VlanToVlanSet> inverse = expVlanToVlanSetMap(expVid);
+    inverse->someVlanDel(vid);
+    if (inverse->someVlan().empty()) expVlanToVlanSetMapDel(expVid);
   }
+  if (const Mox::Ptr<VlanToVlanSet> set = vlanToExpVlanSetMap(vid)) set->someVlanDelAll();
+  vlanToExpVlanSetMapDel(vid);
   vidToExpandedTopoMapDel(vid);
+  return expanded;
+}
+
+std::vector<Bridging::VlanId> LibSm::expandedVlans(Bridging::VlanId vid) const {
+  std::vector<Bridging::VlanId> expanded;
+  if (const VlanToVlanSet* const set = vlanToExpVlanSetMap_.find(vid)) {
+    for (const auto& [expVid, present] : set->someVlan()) expanded.push_back(expVid);
+  }
+  return expanded;
 }
 
 }  // namespace Topology::Library

@@ -37,8 +37,13 @@ void LibSm::handleTopoConfigOrStatus(const Mox::String& name) {
   TOPOLIB_ASSERT_INITIALIZED();
   TOPOLIB_TRACE(8) << "handleTopoConfigOrStatus" << name;
   // Readers of LibState that change the configuration of a topology while it is made or withdrawn are served after that.
-  const auto reconcile = [&] { reconcileTopo(name); };
-  reconciling_.run(name, reconcile, reconcile, [this] { return isRetired(); });
+  const auto again = [&] {
+    // Withdrawn and configured again: the two come to one request.
+    if (topoConfigSm(name) != nullptr && hasOrphan(topoInputs(name).config.get())) withdrawTopo(name);
+    if (!isRetired()) reconcileTopo(name);
+  };
+  reconciling_.run(
+      name, [&] { reconcileTopo(name); }, again, [this] { return isRetired(); });
 }
 
 void LibSm::reconcileTopo(const Mox::String& name) {
@@ -64,12 +69,16 @@ void LibSm::createTopo(const Mox::String& name) {
       libState_->topoDel(name);
       return;
     }
-    topoConfigSmIs(inputs.config, inputs.status, inputs.instStatus, ethIntfStatusDir());
-    if (inputs == topoInputs(name)) break;
+    libState_->topoIs(name);
+    if (isRetired()) return;
+    const Mox::Ptr<TopoConfigSm> sm =
+        topoConfigSmIs(inputs.config, inputs.status, inputs.instStatus, ethIntfStatusDir());
+    if (isRetired() || inputs == topoInputs(name)) break;
     // A reader of the ports that came up has replaced what the state machine stands on.
+    for (const auto& [intf, portSm] : sm->topoPortConfigSm()) sm->doRemovePort(intf);
     topoConfigSmDel(name);
   }
-  markVlansOfTopo(name);
+  if (!isRetired()) markVlansOfTopo(name);
 }
 
 void LibSm::withdrawTopo(const Mox::String& name) {
@@ -79,6 +88,7 @@ void LibSm::withdrawTopo(const Mox::String& name) {
     TOPOLIB_MSG("no vlan mapped to this topo deleting it now{}", name);
     topoConfigSmDel(name);
     libState_->topoDel(name);
+    if (!isRetired()) topoToVlanMap_->mappedVlanDel(name);
     return;
   }
   for (const auto& [vid, isMapped] : mapped->vlan()) {
@@ -128,7 +138,7 @@ bool LibSm::hasOrphan(const Bridging::Topology::TopoConfig* topoConfig) const {
   if (topoConfig == nullptr) return false;
   const Mox::String name = topoConfig->name();
   const TopoConfigSm* const sm = topoConfigSm(name);
-  TOPOLIB_TRACE(2) << "Check topoIsOrphan, topoConfigSm is " << static_cast<const void*>(sm);
+  TOPOLIB_TRACE(2) << "Check topoIsOrphan, topoConfigSm is " << detail::Address{sm};
   TOPOLIB_MSG("Check topoIsOrphan, topoConfigSm is {}", static_cast<const void*>(sm));
   if (sm == nullptr) return false;
   const Bridging::Topology::TopoStatus* const topoStatus = status() == nullptr ? nullptr : status()->topoStatus(name);

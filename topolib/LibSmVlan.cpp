@@ -7,8 +7,12 @@ namespace Topology::Library {
 
 void LibSm::handleVidToTopoMap(Bridging::VlanId vid) {
   TOPOLIB_ASSERT_INITIALIZED();
-  doOnVlanPortUpdate(vid, {});
-  if (!isRetired()) moveExpansion(vid);
+  // One mark: a reader that is told by the run finds the expansion in the new topology already.
+  const Mox::Ptr<TopoLibCodef> codef = topoLibCodef_;
+  codef->doMark([&] {
+    doOnVlanPortUpdate(vid, {});
+    if (!isRetired()) moveExpansion(vid);
+  });
 }
 
 void LibSm::handleVlanConfig(Bridging::VlanId vid) {
@@ -22,6 +26,7 @@ void LibSm::doOnVlanPortUpdate(Bridging::VlanId vid, Quill::IntfId intf) {
                    << " vid " << vid << " intf " << intf;
   if (!libState_->initDone()) {
     TOPOLIB_TRACE(4) << "doOnVlanPortUpdate: intf " << intf << " vlan " << vid << " init not done, returning ";
+    if (topoLibCodef_) topoLibCodef_->doRunRemembered();
     return;
   }
   if (!initialized() || isRetired()) return;
@@ -46,7 +51,7 @@ void LibSm::doOnVlanPortUpdate(Bridging::VlanId vid, Quill::IntfId intf) {
 void LibSm::doVlanMapped(Bridging::VlanId vid, const Mox::Ptr<const Bridging::VlanConfig>& vlanConfig) {
   TOPOLIB_TRACE(8) << "doVlanMapped";
   const VlanConfigSm* const sm = vlanConfigSm(vid);
-  TOPOLIB_TRACE(2) << " vlanConfigSm( vid ) is " << static_cast<const void*>(sm) << " vid is " << vid;
+  TOPOLIB_TRACE(2) << " vlanConfigSm( vid ) is " << detail::Address{sm} << " vid is " << vid;
   if (sm != nullptr) TOPOLIB_TRACE(2) << " vlanConfigSm( vid )->vlanConfig() is " << sm->vlanConfig();
   TOPOLIB_TRACE(2) << " vlanConfig is " << vlanConfig;
   if (sm != nullptr && sm->vlanConfig() == vlanConfig.get()) {

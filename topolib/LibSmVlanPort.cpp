@@ -24,19 +24,21 @@ void LibSm::doOnVlanPortConfigAdd(Bridging::VlanId vid, Quill::IntfId intf, cons
     return;
   }
   const Mox::Ptr<Port> port = portOf(topo, intf);
+  if (isRetired()) return;
   TOPOLIB_TRACE(2) << topoName << ": Creating/Updating VlanPortConfig for Vlan" << vid << "/" << intf;
   TOPOLIB_MSG("{}: Creating/Updating VlanPortConfig for {}", topoName, intf);
   const Bridging::VlanConfig* const vlanConfig = bridging().vlanConfig(vid);
   const Bridging::VlanPortConfig* const entry = vlanConfig == nullptr ? nullptr : vlanConfig->vlanPortConfig(intf);
   const Bridging::VlanPortConfig value = entry == nullptr ? Bridging::VlanPortConfig() : *entry;
   port->vlanPortConfigIs(vid, value);
-  TopoConfigSm* const topoSm = isRetired() ? nullptr : topoConfigSm(topoName);
+  if (isRetired()) return;
+  TopoConfigSm* const topoSm = topoConfigSm(topoName);
   if (topoSm != nullptr && topoSm->isUnannounced(intf)) {
     TOPOLIB_TRACE(2) << topoName << ": notifying TopoConfigSm about new Port " << intf;
     topoSm->unannouncedDel(intf);
     topoSm->handleTopoPortConfigOrStatus(intf);
   }
-  propagateToExpandingVlans(vid, intf, value);
+  propagateToExpandingVlans(vid, intf, topoName);
 }
 
 void LibSm::doOnVlanPortConfigDelete(Bridging::VlanId vid, Quill::IntfId intf, const Mox::String& topoName) {
@@ -47,13 +49,14 @@ void LibSm::doOnVlanPortConfigDelete(Bridging::VlanId vid, Quill::IntfId intf, c
                      << topoName;
     TOPOLIB_MSG("{}: Deleting VlanPortConfig for Vlan{}/{}", topoName, vid, intf);
     port->vlanPortConfigDel(vid);
-    if (port->vlanPortConfig().empty()) {
+    if (isRetired()) return;
+    if (port->vlanPortConfig().empty() && topo->port(intf) == port.get()) {
       TOPOLIB_TRACE(2) << topoName << ": no more VPCs, deleting Port " << intf;
+      const Mox::Ptr<TopoConfigSm> topoSm = topoConfigSm(topoName);
+      if (topoSm) topoSm->unannouncedDel(intf);
       topo->portDel(intf);
-      if (TopoConfigSm* const topoSm = isRetired() ? nullptr : topoConfigSm(topoName)) {
-        topoSm->unannouncedDel(intf);
-        topoSm->handleTopoPortConfigOrStatus(intf);
-      }
+      if (isRetired()) return;
+      if (topoSm) topoSm->handleTopoPortConfigOrStatus(intf);
     }
   }
   withdrawFromExpandingVlans(vid, intf);
@@ -80,8 +83,8 @@ void LibSm::doSyncTopoPort(Quill::IntfId intf, const Mox::String& topoName, Brid
   const Mox::Ptr<Port> port = topo ? topo->port(intf) : nullptr;
   if (!port) return;
   port->activeIs(active);
-  port->stateIs(state);
-  port->fdbFlushIs(fdbFlush);
+  if (!isRetired()) port->stateIs(state);
+  if (!isRetired()) port->fdbFlushIs(fdbFlush);
 }
 
 bool LibSm::hasOwnEntry(Bridging::VlanId vid, Quill::IntfId intf) const {
@@ -92,48 +95,74 @@ bool LibSm::hasOwnEntry(Bridging::VlanId vid, Quill::IntfId intf) const {
 /// The published port, made if it is absent.
 Mox::Ptr<Port> LibSm::portOf(const Mox::Ptr<Topo>& topo, Quill::IntfId intf) {
   if (Port* const existing = topo->port(intf)) return existing;
-  if (TopoConfigSm* const topoSm = topoConfigSm(topo->name())) topoSm->unannouncedIs(intf);
+  TopoConfigSm* const topoSm = isPublished(*topo) ? topoConfigSm(topo->name()) : nullptr;
+  if (topoSm != nullptr) topoSm->unannouncedIs(intf);
   return topo->portIs(intf);
 }
 
+/// The published topology to which the configuration gives a VLAN, or null.
+Mox::Ptr<Topo> LibSm::topoOfVlan(Bridging::VlanId vid) const {
+  const Mox::String* const name = config() == nullptr ? nullptr : config()->vidToTopoMap(vid);
+  return name == nullptr ? nullptr : libState_->topo(*name);
+}
+
+/// Whether it is still the one that bears its name: a reader may have had it rebuilt.
+bool LibSm::isPublished(const Topo& topo) const { return std::as_const(*libState_).topo(topo.name()) == &topo; }
+
 /// The VLANs that expand into this one inherit its entry, each in its own topology.
-void LibSm::propagateToExpandingVlans(Bridging::VlanId expVid, Quill::IntfId intf,
-                                      const Bridging::VlanPortConfig& value) {
-  const Mox::Ptr<const VlanToVlanSet> expanding = expVlanToVlanSetMap(expVid);
-  if (!expanding) return;
-  for (const auto& [vid, present] : expanding->someVlan()) {
-    const Mox::Ptr<Topo> topo = libState_->topo(configuredTopo(vid));
-    if (topo && bridging().vlanConfig(vid) != nullptr && !hasOwnEntry(vid, intf)) inheritEntry(topo, vid, intf, value);
-  }
+void LibSm::propagateToExpandingVlans(Bridging::VlanId expVid, Quill::IntfId intf, const Mox::String& topoName) {
+  if (isRetired() || !expVlanToVlanSetMapHas(expVid)) return;
+  expanding_.run([this, expVid, intf, topoName] {
+    const Mox::Ptr<const VlanToVlanSet> expanding = expVlanToVlanSetMap(expVid);
+    if (!expanding) return;
+    for (const auto& [vid, present] : expanding->someVlan()) {
+      if (isRetired()) return;
+      const Topo* const expTopo = std::as_const(*libState_).topo(topoName);
+      const Port* const expPort = expTopo == nullptr ? nullptr : expTopo->port(intf);
+      const Bridging::VlanPortConfig* const entry = expPort == nullptr ? nullptr : expPort->vlanPortConfig(expVid);
+      if (entry == nullptr) return;
+      const Mox::Ptr<Topo> topo = topoOfVlan(vid);
+      if (!topo || bridging().vlanConfig(vid) == nullptr || hasOwnEntry(vid, intf)) continue;
+      inheritEntry(topo, vid, intf, Bridging::VlanPortConfig(*entry));
+    }
+  });
 }
 
 void LibSm::withdrawFromExpandingVlans(Bridging::VlanId expVid, Quill::IntfId intf) {
-  const Mox::Ptr<const VlanToVlanSet> expanding = expVlanToVlanSetMap(expVid);
-  if (!expanding) return;
-  for (const auto& [vid, present] : expanding->someVlan()) {
-    const Mox::Ptr<Topo> topo = libState_->topo(configuredTopo(vid));
-    if (topo && topo->port(intf) != nullptr && !hasOwnEntry(vid, intf)) disinheritEntry(topo, vid, intf);
-  }
+  if (isRetired() || !expVlanToVlanSetMapHas(expVid)) return;
+  expanding_.run([this, expVid, intf] {
+    const Mox::Ptr<const VlanToVlanSet> expanding = expVlanToVlanSetMap(expVid);
+    if (!expanding) return;
+    for (const auto& [vid, present] : expanding->someVlan()) {
+      if (isRetired()) return;
+      const Mox::Ptr<Topo> topo = topoOfVlan(vid);
+      if (topo && topo->port(intf) != nullptr && !hasOwnEntry(vid, intf)) disinheritEntry(topo, vid, intf);
+    }
+  });
 }
 
 /// A VLAN that has lost its own entry inherits one, if it expands into a VLAN that the port carries.
 void LibSm::inheritFromExpandedVlans(Bridging::VlanId vid, Quill::IntfId intf) {
-  const Mox::Ptr<const VlanToVlanSet> expanded = vlanToExpVlanSetMap(vid);
-  if (!expanded) return;
-  const Mox::Ptr<Topo> topo = libState_->topo(configuredTopo(vid));
-  if (!topo) return;
-  for (const auto& [expVid, present] : expanded->someVlan()) {
-    const Topo* const expTopo = std::as_const(*libState_).topo(configuredTopo(expVid));
-    const Port* const expPort = expTopo == nullptr ? nullptr : expTopo->port(intf);
-    const Bridging::VlanPortConfig* const entry = expPort == nullptr ? nullptr : expPort->vlanPortConfig(expVid);
-    if (entry == nullptr || bridging().vlanConfig(vid) == nullptr || hasOwnEntry(vid, intf)) continue;
-    inheritEntry(topo, vid, intf, Bridging::VlanPortConfig(*entry));
-  }
+  if (isRetired() || !vlanToExpVlanSetMapHas(vid)) return;
+  expanding_.run([this, vid, intf] {
+    const Mox::Ptr<const VlanToVlanSet> expanded = vlanToExpVlanSetMap(vid);
+    if (!expanded) return;
+    for (const auto& [expVid, present] : expanded->someVlan()) {
+      if (isRetired()) return;
+      const Mox::Ptr<Topo> topo = topoOfVlan(vid);
+      const Mox::Ptr<const Topo> expTopo = topoOfVlan(expVid);
+      const Port* const expPort = expTopo ? expTopo->port(intf) : nullptr;
+      const Bridging::VlanPortConfig* const entry = expPort == nullptr ? nullptr : expPort->vlanPortConfig(expVid);
+      if (!topo || entry == nullptr || bridging().vlanConfig(vid) == nullptr || hasOwnEntry(vid, intf)) continue;
+      inheritEntry(topo, vid, intf, Bridging::VlanPortConfig(*entry));
+    }
+  });
 }
 
 void LibSm::inheritEntry(const Mox::Ptr<Topo>& topo, Bridging::VlanId vid, Quill::IntfId intf,
                          const Bridging::VlanPortConfig& value) {
   const Mox::Ptr<Port> port = portOf(topo, intf);
+  if (isRetired()) return;
   TOPOLIB_TRACE(2) << topo->name() << ": Creating/Updating VlanPortConfig for Vlan" << vid << "/" << intf;
   TOPOLIB_MSG("{}: Creating/Updating VlanPortConfig for Vlan{}/{}", topo->name(), vid, intf);
   port->vlanPortConfigIs(vid, value);
@@ -143,16 +172,19 @@ void LibSm::disinheritEntry(const Mox::Ptr<Topo>& topo, Bridging::VlanId vid, Qu
   const Mox::Ptr<Port> port = topo->port(intf);
   TOPOLIB_TRACE(2) << topo->name() << ": Deleting VlanPortConfig for Vlan" << vid << "/" << intf;
   port->vlanPortConfigDel(vid);
-  if (!port->vlanPortConfig().empty()) return;
+  if (isRetired() || !port->vlanPortConfig().empty()) return;
   TOPOLIB_TRACE(2) << topo->name() << ": no more VPCs, deleting Port " << intf;
-  const Mox::Ptr<TopoConfigSm> topoSm = topoConfigSm(topo->name());
-  if (topoSm) {
-    topoSm->doRemovePort(intf);
-    topoSm->unannouncedDel(intf);
+  const Mox::Ptr<TopoConfigSm> topoSm = isPublished(*topo) ? topoConfigSm(topo->name()) : nullptr;
+  if (topoSm) topoSm->doRemovePort(intf);
+  if (isRetired()) return;
+  // A reader that was told of the port while it went may have given it an entry again, or had it admitted again.
+  if (port->vlanPortConfig().empty() && topo->port(intf) == port.get()) {
+    if (topoSm) topoSm->unannouncedDel(intf);
+    topo->portDel(intf);
   }
-  topo->portDel(intf);
-  // A reader that was told of the port while it went may have had it admitted again.
-  if (topoSm && topoSm->topoPortConfigSm(intf) != nullptr) topoSm->handleTopoPortConfigOrStatus(intf);
+  if (topoSm && !isRetired() && (topo->port(intf) != nullptr || topoSm->topoPortConfigSm(intf) != nullptr)) {
+    topoSm->handleTopoPortConfigOrStatus(intf);
+  }
 }
 
 }  // namespace Topology::Library

@@ -2,8 +2,6 @@
 
 namespace Topology::Library {
 
-FilterIntf::~FilterIntf() = default;
-
 LocalIntfFilter::~LocalIntfFilter() = default;
 
 bool LocalIntfFilter::isValidIntf(Quill::IntfId intf) {

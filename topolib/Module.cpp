@@ -5,6 +5,7 @@
 #include "topolib/DirtyVlanDir.h"
 #include "topolib/LibSmMode.h"
 #include "topolib/LibState.h"
+#include "topolib/Root.h"
 #include "topolib/TopoLibCodefState.h"
 #include "topolib/TopoToVlanMap.h"
 #include "topolib/VlanToVlanSet.h"
@@ -21,6 +22,7 @@ namespace {
      Mox::entityType<DirtyVlanDir>(DirtyVlanDir::dirtyVlanAttr),
      Mox::entityType<DirtyVlan>(DirtyVlan::dirtyAttr, DirtyVlan::intfAttr),
      Mox::entityType<VlanToVlanSet>(VlanToVlanSet::someVlanAttr),
+     Mox::entityType<Root>(Root::libSmAttr, Root::topologyStatusLibSmAttr),
      Mox::entityType<TopoLibCodefState>(TopoLibCodefState::idleAttr), Mox::enumerationType<LibSmMode>()});
 
 }  // namespace

@@ -45,9 +45,10 @@ Mox::Ptr<LibSm> Root::libSmIs(const Mox::String& name, const Mox::Ptr<const Brid
     libSm_->validIntfPtrIs(validIntfPtr);
     if (isSame) return libSm_;
   }
+  // Two of them must not write the same state, not even while the new one is being made.
+  if (libSm_) libSm_->moxDoZombieReactors(true);
   const Mox::Ptr<LibSm> made = LibSm::LibSmIs(name, config, status, statusInst, brConfig, libState, libSmMode,
                                               ignoreInternalVlan, deferProcessing, validIntfPtr);
-  if (libSm_) libSm_->moxDoZombieReactors(true);
   scalarIs(libSm_, made, libSmAttr);
   made->hasNotificationActiveIs(true);
   return made;

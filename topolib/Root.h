@@ -13,8 +13,8 @@
 //     stored in it. Any other change makes a new one, and retires the old one, whoever holds it: two of them must not
 //     write the same state.
 //   - The inputs stay the client's; the library holds counted pointers to them. The LibState keeps its contents when the
-//     LibSm ends. A used LibState may be handed to a new LibSm: what the old one left in topologies that are still there
-//     is taken over.
+//     LibSm ends. A used LibState may be handed to a new LibSm, which goes on with what it finds; what the old one left of
+//     VLANs and ports that have gone since stays.
 //   - Everything runs on the activity thread.
 
 #pragma once

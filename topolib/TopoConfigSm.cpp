@@ -46,7 +46,7 @@ void TopoConfigSm::doReevaluate() {
 
 void TopoConfigSm::handleTopoPortConfigOrStatus(Quill::IntfId intf) {
   TOPOLIB_TRACE(8) << "handleTopoPortConfigOrStatus";
-  if (!initialized() || isRetired()) return;
+  if (!initialized() || isOver()) return;
   serve(intf, [&] { reconcilePort(intf); });
 }
 
@@ -62,6 +62,8 @@ void TopoConfigSm::doRemovePort(Quill::IntfId intf) {
   }
 }
 
+bool TopoConfigSm::isOver() const noexcept { return isRetired() || libSm_->isRetired(); }
+
 /// Readers of a port that change its configuration while it is admitted, published or removed are served after that.
 void TopoConfigSm::serve(Quill::IntfId intf, auto&& work) {
   const Mox::Ptr<TopoConfigSm> self(this);
@@ -69,11 +71,11 @@ void TopoConfigSm::serve(Quill::IntfId intf, auto&& work) {
     // Removed and admitted again on another entity: the two come to one request.
     const TopoPortConfigSm* const stale = topoPortConfigSm(intf);
     if (stale != nullptr && stale->topoPortConfig() != topoConfig()->topoPortConfig(intf)) removePort(intf);
-    if (isRetired()) return;
-    reconcilePort(intf);
+    if (!isOver()) reconcilePort(intf);
+    if (isOver()) return;
     if (const Mox::Ptr<TopoPortConfigSm> topoPortSm = topoPortConfigSm(intf)) topoPortSm->doPublish();
   };
-  reconciling_.run(intf, work, again, [this] { return isRetired(); });
+  reconciling_.run(intf, work, again, [this] { return isOver(); });
 }
 
 void TopoConfigSm::reconcilePort(Quill::IntfId intf) {
@@ -130,6 +132,7 @@ Mox::Ptr<TopoPortConfigSm> TopoConfigSm::topoPortConfigSmIs(
   const Mox::Ptr<TopoPortConfigSm> sm = Mox::makePtr<TopoPortConfigSm>(name, topoPortConfig, this);
   sm->hasNotificationActiveIs(true);
   memberInsert(topoPortConfigSm_, topoPortConfigSmAttr, intf, sm);
+  if (isOver()) sm->moxDoZombieReactors(true);
   return sm;
 }
 

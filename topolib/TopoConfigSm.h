@@ -130,6 +130,7 @@ class MOX_PUBLIC TopoConfigSm : public Mox::StateMachine<TopoConfigSm> {
 
   [[nodiscard]] bool hasPortStatus(Quill::IntfId intf) const;
   [[nodiscard]] bool isLinkGateOpen(Quill::IntfId intf) const;
+  [[nodiscard]] bool isOver() const noexcept;
   void serve(Quill::IntfId intf, auto&& work);
   void reconcilePort(Quill::IntfId intf);
   void removePort(Quill::IntfId intf);

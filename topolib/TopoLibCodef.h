@@ -128,6 +128,8 @@ class MOX_PUBLIC TopoLibCodef : public Mox::StateMachine<TopoLibCodef> {
 
   /// Has a run that ended early followed by another one: by the clock, or without deferral with the next mark.
   void doRememberRun();
+  /// The run that was asked for while none could start.
+  void doRunRemembered();
 
   /// Whether a run is under way.
   [[nodiscard]] bool isRunning() const noexcept { return isRunning_; }
@@ -164,8 +166,6 @@ class MOX_PUBLIC TopoLibCodef : public Mox::StateMachine<TopoLibCodef> {
     using Reactor::Reactor;
     void onTimeMin() override;
   };
-
-  void doRunRemembered();
 
   LibSm* libSm_;
   Mox::Ptr<DirtyVlanDir> directory_;

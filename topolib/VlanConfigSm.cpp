@@ -48,9 +48,7 @@ void VlanConfigSm::handleFloodsetExpandedVlan() {
   TOPOLIB_TRACE(8) << "handleFloodsetExpandedVlan";
   if (!initialized() || vlanConfig() == nullptr) return;
   const Bridging::VlanIdOrNone expVid = vlanConfig()->floodsetExpandedVlan();
-  TOPOLIB_TRACE(8) << "VlanConfigSm::"
-                   << "handleFloodsetExpandedVlan"
-                   << " vlan:" << vlanId_ << " expVlan:" << expVid;
+  TOPOLIB_TRACE(8) << "VlanConfigSm::handleFloodsetExpandedVlan vlan:" << vlanId_ << " expVlan:" << expVid;
   libSm_->handleFloodsetExpandedVlan(vlanId_, expVid);
 }
 

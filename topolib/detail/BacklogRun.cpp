@@ -9,14 +9,13 @@ BacklogRun::BacklogRun(TopoLibCodef& codef)
     : codef_(codef),
       libSm_(*codef.libSm()),
       directory_(codef.dirtyVlanDir()),
-      isDeferred_(codef.libSm()->deferProcessing()),
-      start_(Mox::System::currentTime()),
-      deadline_(start_ + codef.backlogQuantum()),
-      now_(start_) {}
+      isDeferred_(codef.libSm()->deferProcessing()) {}
 
 void BacklogRun::run() {
   TOPOLIB_TRACE(8) << "TopoLibCodef::doProcessBacklog()";
   TOPOLIB_MSG("TopoLibCodef::doProcessBacklog()");
+  start_ = Mox::System::currentTime();
+  deadline_ = start_ + codef_.backlogQuantum();
   TOPOLIB_TRACE(5) << "start iterating over dirty vlans ";
   walk();
 }
@@ -29,9 +28,10 @@ void BacklogRun::walk() {
   while (!dirtyVlans.empty()) {
     if (!at) at = dirtyVlans.begin();
     const Vlan vlan = readVlan(at.key());
-    if (process(vlan) == Outcome::runOver) return;
+    const Outcome outcome = process(vlan);
+    if (outcome == Outcome::runOver) return;
     if (dirtyVlans.empty()) break;
-    if (isDeferred_ && (isTimeUp() || codef_.yieldAfterOne())) {
+    if (outcome == Outcome::done && isDeferred_ && (isTimeUp() || codef_.yieldAfterOne())) {
       yield("running out of time, stop processing, done! ");
       return;
     }
@@ -47,17 +47,13 @@ void BacklogRun::close() {
   codef_.timeUsedInc(Mox::System::currentTime() - start_);
   codef_.dispatchCountInc(1);
   codef_.codefState()->idleIs(true);
-  TOPOLIB_TRACE(9) << "TopoLibCodef::"
-                   << "doProcessBacklog"
-                   << " idleIs " << codef_.codefState()->idle();
+  TOPOLIB_TRACE(9) << "TopoLibCodef::doProcessBacklog idleIs " << codef_.codefState()->idle();
 }
 
 void BacklogRun::yield(const char* text) {
   codef_.timeMinIs(0.0);
   codef_.codefState()->idleIs(false);
-  TOPOLIB_TRACE(9) << "TopoLibCodef::"
-                   << "doProcessBacklog"
-                   << " idleIs " << codef_.codefState()->idle();
+  TOPOLIB_TRACE(9) << "TopoLibCodef::doProcessBacklog idleIs " << codef_.codefState()->idle();
   codef_.yieldBeforeFinishingCountInc(1);
   TOPOLIB_TRACE(5) << text;
 }
@@ -105,7 +101,10 @@ BacklogRun::Outcome BacklogRun::process(const Vlan& vlan) {
 
 BacklogRun::Outcome BacklogRun::servePartlyDirty(const Vlan& vlan) {
   TOPOLIB_TRACE(5) << "vlan is not all dirty ";
-  if (!isInService(vlan)) vlan.dv->intfDelAll();
+  if (!isInService(vlan)) {
+    vlan.dv->intfDelAll();
+    return finish(vlan);
+  }
   while (!vlan.dv->intf().empty()) {
     const Quill::IntfId intf = vlan.dv->intf().begin().key();
     TOPOLIB_TRACE(5) << "processing interface " << intf;
@@ -125,9 +124,8 @@ BacklogRun::Outcome BacklogRun::visit(const Vlan& vlan) {
   TOPOLIB_TRACE(5) << "oldTopoName is " << codef_.oldTopoName();
   if (isNewToOrphan(vlan)) {
     TOPOLIB_TRACE(5) << "vlan " << vlan.vid << " is a new vlan being mapped to orphan topo, skiping it";
-    forgetPlace();
     leaveDirectory(vlan.vid);
-    return codef_.isRetired() ? Outcome::runOver : Outcome::done;
+    return codef_.isRetired() ? Outcome::runOver : Outcome::skipped;
   }
   begin(vlan);
   if (codef_.isRetired()) return Outcome::runOver;
@@ -136,6 +134,7 @@ BacklogRun::Outcome BacklogRun::visit(const Vlan& vlan) {
 }
 
 BacklogRun::Outcome BacklogRun::resume(const Vlan& vlan) {
+  bookmark(vlan);
   if (!codef_.oldTopoName().empty()) {
     return leave(vlan) == Outcome::runOver ? Outcome::runOver : enter(vlan);
   }
@@ -158,6 +157,15 @@ void BacklogRun::begin(const Vlan& vlan) {
   if (codef_.isRetired()) return;
   codef_.deletedPortSet()->portDelAll();
   topoPortMapChanged(codef_.oldTopoName(), vlan.vid);
+  bookmark(vlan);
+  // A reader that was told of something just now found the VLAN marked already.
+  const bool isAsRead =
+      libSm_.configuredTopo(vlan.vid) == vlan.topoName && libSm_.bridging().vlanConfig(vlan.vid) == vlan.config.get();
+  if (!isAsRead) vlan.dv->dirtyIs(true);
+}
+
+/// From here on a run that is interrupted goes on with this VLAN.
+void BacklogRun::bookmark(const Vlan& vlan) {
   vlan.dv->dirtyIs(false);
   codef_.bookmarkIs(vlan.vid);
   TOPOLIB_TRACE(5) << " setting bookmark to " << vlan.vid;
@@ -166,8 +174,7 @@ void BacklogRun::begin(const Vlan& vlan) {
 BacklogRun::Outcome BacklogRun::leave(const Vlan& vlan) {
   const Mox::Ptr<PortSet> pending = codef_.delPendingPortSet();
   const Mox::String oldTopoName = codef_.oldTopoName();
-  while (!pending->port().empty()) {
-    const Quill::IntfId intf = pending->port().begin().key();
+  for (const auto& [intf, present] : pending->port()) {
     vlan.dv->intfDel(intf);
     libSm_.doOnVlanPortConfigDelete(vlan.vid, intf, oldTopoName);
     pending->portDel(intf);
@@ -193,11 +200,7 @@ BacklogRun::Outcome BacklogRun::enter(const Vlan& vlan) {
   if (isInService(vlan) && takesVlanIn(vlan.topoName)) {
     libSm_.topoToVlanMap()->mappedVlanIs(vlan.topoName)->vlanIs(vlan.vid);
     if (servePorts(vlan) == Outcome::runOver) return Outcome::runOver;
-    if (const Mox::Ptr<const VlanToVlanSet> expanded = libSm_.vlanToExpVlanSetMap(vlan.vid)) {
-      for (const auto& [expVid, present] : expanded->someVlan()) {
-        libSm_.doExpandVlanTopo(vlan.topoName, vlan.vid, expVid);
-      }
-    }
+    libSm_.doReapplyExpansion(vlan.vid, vlan.topoName);
   }
   return codef_.isRetired() ? Outcome::runOver : finish(vlan);
 }
@@ -229,9 +232,9 @@ bool BacklogRun::takesVlanIn(const Mox::String& topoName) const {
 }
 
 BacklogRun::Outcome BacklogRun::finish(const Vlan& vlan) {
-  forgetPlace();
-  // One that was marked again while it was served stays.
-  if (!vlan.dv->dirty() && vlan.dv->intf().empty()) {
+  if (vlan.dv->dirty() || !vlan.dv->intf().empty()) {
+    forgetPlace();  // It was marked again while it was served, and stays.
+  } else {
     TOPOLIB_TRACE(5) << "deleting vlan " << vlan.vid << " from the dirtyVlan ";
     leaveDirectory(vlan.vid);
   }
@@ -241,6 +244,7 @@ BacklogRun::Outcome BacklogRun::finish(const Vlan& vlan) {
 /// The first complete drain ends the initial pass.
 void BacklogRun::leaveDirectory(Bridging::VlanId vid) {
   directory_->dirtyVlanDel(vid);
+  forgetPlace();
   if (directory_->dirtyVlan().empty() && !libSm_.libState()->initDone()) libSm_.doOnInitDone();
 }
 

@@ -36,6 +36,7 @@ class BacklogRun {
   /// What became of a piece of work.
   enum class Outcome : std::uint8_t {
     done,
+    skipped,
     runOver,  // it has yielded, or the processor is retired
   };
 
@@ -56,6 +57,7 @@ class BacklogRun {
   [[nodiscard]] Outcome visit(const Vlan& vlan);
   [[nodiscard]] Outcome resume(const Vlan& vlan);
   void begin(const Vlan& vlan);
+  void bookmark(const Vlan& vlan);
   [[nodiscard]] Outcome leave(const Vlan& vlan);
   void finishLeaving(const Vlan& vlan);
   [[nodiscard]] Outcome enter(const Vlan& vlan);
@@ -78,9 +80,9 @@ class BacklogRun {
   LibSm& libSm_;
   const Mox::Ptr<DirtyVlanDir> directory_;
   const bool isDeferred_;
-  const double start_;
-  const double deadline_;
-  double now_;
+  double start_ = 0;
+  double deadline_ = 0;
+  double now_ = 0;  // the last reading
   std::uint64_t processed_ = 0;
 };
 

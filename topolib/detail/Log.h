@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <ostream>
+
 #include "kestrel/Kestrel.h"
 #include "mox/Assert.h"
 #include "mox/Trace.h"
@@ -9,6 +11,15 @@
 namespace Topology::Library::detail {
 
 extern Mox::TraceHandle& traceHandle;
+
+/// Prints the address of an object, or "null".
+struct Address {
+  const void* object;
+
+  friend std::ostream& operator<<(std::ostream& out, Address address) {
+    return address.object == nullptr ? out << "null" : out << address.object;
+  }
+};
 
 }  // namespace Topology::Library::detail
 
