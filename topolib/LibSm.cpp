@@ -1,6 +1,7 @@
 #include "topolib/LibSm.h"
 
 #include "mox/ActivityManager.h"
+#include "topolib/detail/FirstException.h"
 #include "topolib/detail/Log.h"
 
 namespace Topology::Library {
@@ -76,15 +77,18 @@ void LibSm::handleInitialized() {
   topoLibCodefIs(this, dirtyVlanDir_, Mox::activityManager()->config()->clock());
   topoToVlanMapIs("topoToVlanMap");
 
+  // Whatever a reader throws, the start-up is complete afterwards.
+  detail::FirstException thrown;
   if (const Mox::Ptr<const Bridging::Topology::Config> configured = config()) {
     for (const auto& [topoName, topoConfig] : configured->topoConfig()) {
-      handleTopoConfigOrStatus(topoName);
-      if (isRetired()) return;
+      thrown.collect([&] { handleTopoConfigOrStatus(topoName); });
+      if (isRetired()) break;
     }
   }
-  markConfiguredVlans();
-  if (isRetired()) return;
-  if (dirtyVlanDir_->dirtyVlan().empty() && !libState_->initDone()) doOnInitDone();
+  if (!isRetired()) thrown.collect([&] { markConfiguredVlans(); });
+  const bool isDone = isRetired() || !dirtyVlanDir_->dirtyVlan().empty() || libState_->initDone();
+  if (!isDone) thrown.collect([&] { doOnInitDone(); });
+  thrown.rethrow();
 }
 
 /// The whole loop is one mark: the first run that drains the backlog has come to every VLAN.
@@ -102,27 +106,24 @@ void LibSm::markConfiguredVlans() {
 void LibSm::doOnInitDone() {
   TOPOLIB_TRACE(8) << "LibSm::doOnInitDone";
   TOPOLIB_MSG("LibSm::doOnInitDone");
-  try {
-    libState_->initDoneIs(true);
-  } catch (...) {
-    markEveryVlan();
-    throw;
-  }
-  markEveryVlan();
+  detail::FirstException thrown;
+  thrown.collect([&] { libState_->initDoneIs(true); });
+  if (!isRetired()) markEveryVlan();
+  thrown.rethrow();
 }
 
 /// Marks were dropped until now, so besides the configured VLANs those count that may have left the configuration.
 void LibSm::markEveryVlan() {
-  if (isRetired()) return;
-  if (const Mox::Ptr<const Bridging::Topology::Config> configured = config()) {
-    for (const auto& [vid, topoName] : configured->vidToTopoMap()) doOnVlanPortUpdate(vid, {});
-  }
-  const Mox::Ptr<const TopoToVlanMap> registered = topoToVlanMap_;
-  for (const auto& [topoName, mapped] : registered->mappedVlan()) {
-    const Mox::Ptr<const MappedVlan> vlans(&mapped);
-    for (const auto& [vid, isMapped] : vlans->vlan()) doOnVlanPortUpdate(vid, {});
-  }
-  for (const auto& [vid, sm] : vlanConfigSm_) doOnVlanPortUpdate(vid, {});
+  const Mox::Ptr<TopoLibCodef> codef = topoLibCodef_;
+  codef->doMark([this] {
+    if (const Mox::Ptr<const Bridging::Topology::Config> configured = config()) {
+      for (const auto& [vid, topoName] : configured->vidToTopoMap()) doOnVlanPortUpdate(vid, {});
+    }
+    for (const auto& [topoName, mapped] : topoToVlanMap_->mappedVlan()) {
+      for (const auto& [vid, isMapped] : mapped.vlan()) doOnVlanPortUpdate(vid, {});
+    }
+    for (const auto& [vid, sm] : vlanConfigSm_) doOnVlanPortUpdate(vid, {});
+  });
 }
 
 void LibSm::handleEthIntfStatusDir() {

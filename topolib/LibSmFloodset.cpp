@@ -7,6 +7,8 @@
 //
 // Changes that readers of LibState ask for while an expansion is applied or withdrawn take their turn after it.
 
+#include <optional>
+
 #include "topolib/LibSm.h"
 #include "topolib/detail/Log.h"
 
@@ -41,8 +43,8 @@ void LibSm::changeExpansion(Bridging::VlanId vid, Bridging::VlanIdOrNone expVid)
   if (isRetired()) return;
   vlanToExpVlanSetMapIs(vid)->someVlanIs(expanded);
   expVlanToVlanSetMapIs(expanded)->someVlanIs(vid);
-  doExpandVlanTopo(topoName, vid, expanded);
   vidToExpandedTopoMapIs(vid, topoName);
+  doExpandVlanTopo(topoName, vid, expanded);
 }
 
 void LibSm::doReapplyExpansion(Bridging::VlanId vid, const Mox::String& topoName) {
@@ -54,7 +56,7 @@ void LibSm::doReapplyExpansion(Bridging::VlanId vid, const Mox::String& topoName
 
 /// The expansion side of a VLAN that was given to another topology, or to none.
 void LibSm::moveExpansion(Bridging::VlanId vid) {
-  if (vlanToExpVlanSetMap_.empty()) return;
+  if (vlanToExpVlanSetMap_.empty() && !expanding_.isRunning()) return;
   expanding_.run([this, vid] {
     if (isRetired()) return;
     dropStaleExpansion(vid);
@@ -67,16 +69,16 @@ void LibSm::moveExpansion(Bridging::VlanId vid) {
     const Mox::String* const current = config() == nullptr ? nullptr : config()->vidToTopoMap(vid);
     const Mox::String* const recorded = vidToExpandedTopoMap(vid);
     if (current != nullptr && recorded != nullptr && *current == *recorded) return;
-    if (recorded != nullptr) {
-      const Mox::String left = *recorded;
+    const std::optional<Mox::String> left = recorded == nullptr ? std::nullopt : std::optional(*recorded);
+    const std::optional<Mox::String> entered = current == nullptr ? std::nullopt : std::optional(*current);
+    // The record first: whatever a reader throws, it says where the expansion belongs.
+    if (entered) {
+      vidToExpandedTopoMapIs(vid, *entered);
+    } else {
       vidToExpandedTopoMapDel(vid);
-      withdrawExpansion(vid, left, expandedVlans(vid));
-      if (isRetired()) return;
     }
-    if (const Mox::String topoName = configuredTopo(vid); !topoName.empty()) {
-      applyExpansion(vid, topoName);
-      vidToExpandedTopoMapIs(vid, topoName);
-    }
+    if (left) withdrawExpansion(vid, *left, expandedVlans(vid));
+    if (entered && !isRetired()) applyExpansion(vid, *entered);
   });
 }
 

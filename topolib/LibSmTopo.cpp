@@ -7,6 +7,7 @@
 //   lingering, orphaned ── last VLAN has left ─────> deleted, and rebuilt if it is configured
 
 #include "topolib/LibSm.h"
+#include "topolib/detail/FirstException.h"
 #include "topolib/detail/Log.h"
 
 namespace Topology::Library {
@@ -67,6 +68,7 @@ void LibSm::createTopo(const Mox::String& name) {
     const TopoInputs inputs = topoInputs(name);
     if (!wantsTopo(name)) {
       libState_->topoDel(name);
+      if (!isRetired()) topoToVlanMap_->mappedVlanDel(name);
       return;
     }
     libState_->topoIs(name);
@@ -91,21 +93,25 @@ void LibSm::withdrawTopo(const Mox::String& name) {
     if (!isRetired()) topoToVlanMap_->mappedVlanDel(name);
     return;
   }
+  detail::FirstException thrown;
   for (const auto& [vid, isMapped] : mapped->vlan()) {
     TOPOLIB_TRACE(3) << "there are vlanConfigSms, marking vlans dirty " << vid;
     TOPOLIB_MSG("there are vlanConfigSms, marking vlans dirty {}", vid);
-    doOnVlanPortUpdate(vid, {});
-    if (isRetired()) return;
+    thrown.collect([&] { doOnVlanPortUpdate(vid, {}); });
+    if (isRetired()) break;
   }
+  thrown.rethrow();
 }
 
 /// Marks every VLAN that the configuration gives to the topology.
 void LibSm::markVlansOfTopo(const Mox::String& name) {
   if (config() == nullptr) return;
+  detail::FirstException thrown;
   for (const Bridging::VlanId vid : config()->vlansOfTopo(name)) {
-    if (isRetired()) return;
-    if (configuredTopo(vid) == name) doOnVlanPortUpdate(vid, {});
+    if (isRetired()) break;
+    if (configuredTopo(vid) == name) thrown.collect([&] { doOnVlanPortUpdate(vid, {}); });
   }
+  thrown.rethrow();
 }
 
 void LibSm::handleTopoInstStatus(const Mox::String& name) {
@@ -166,13 +172,15 @@ void LibSm::doMaybeDeleteTopo(const Mox::String& oldTopoName) {
   TOPOLIB_TRACE(2) << "Deleting topo";
   TOPOLIB_MSG("Deleting topo");
   topoConfigSmDel(oldTopoName);
-  libState_->topoDel(oldTopoName);
-  if (isRetired()) return;
-  topoToVlanMap_->mappedVlanDel(oldTopoName);
-  if (!topoInputs(oldTopoName).config) return;
-  TOPOLIB_TRACE(2) << "May be we deleted an orphaned topo, create again";
-  TOPOLIB_MSG("May be we deleted an orphaned topo, create again");
-  handleTopoConfigOrStatus(oldTopoName);
+  detail::FirstException thrown;
+  thrown.collect([&] { libState_->topoDel(oldTopoName); });
+  if (!isRetired()) topoToVlanMap_->mappedVlanDel(oldTopoName);
+  if (!isRetired() && topoInputs(oldTopoName).config) {
+    TOPOLIB_TRACE(2) << "May be we deleted an orphaned topo, create again";
+    TOPOLIB_MSG("May be we deleted an orphaned topo, create again");
+    thrown.collect([&] { handleTopoConfigOrStatus(oldTopoName); });
+  }
+  thrown.rethrow();
 }
 
 bool isTopoPresent(const Mox::Ptr<const LibSm>& libSm, const Mox::String& name) { return libSm->hasTopoPresent(name); }

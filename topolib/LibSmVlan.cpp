@@ -1,6 +1,7 @@
 // What LibSm does when VLANs come and go.
 
 #include "topolib/LibSm.h"
+#include "topolib/detail/FirstException.h"
 #include "topolib/detail/Log.h"
 
 namespace Topology::Library {
@@ -10,8 +11,10 @@ void LibSm::handleVidToTopoMap(Bridging::VlanId vid) {
   // One mark: a reader that is told by the run finds the expansion in the new topology already.
   const Mox::Ptr<TopoLibCodef> codef = topoLibCodef_;
   codef->doMark([&] {
-    doOnVlanPortUpdate(vid, {});
+    detail::FirstException thrown;
+    thrown.collect([&] { doOnVlanPortUpdate(vid, {}); });
     if (!isRetired()) moveExpansion(vid);
+    thrown.rethrow();
   });
 }
 

@@ -6,6 +6,7 @@
 
 #include "topolib/FilterIntf.h"
 #include "topolib/LibSm.h"
+#include "topolib/detail/FirstException.h"
 #include "topolib/detail/Log.h"
 
 namespace Topology::Library {
@@ -48,16 +49,16 @@ void LibSm::doOnVlanPortConfigDelete(Bridging::VlanId vid, Quill::IntfId intf, c
     TOPOLIB_TRACE(2) << topoName << ": Deleting VlanPortConfig for Vlan" << vid << "/" << intf << " topoName "
                      << topoName;
     TOPOLIB_MSG("{}: Deleting VlanPortConfig for Vlan{}/{}", topoName, vid, intf);
-    port->vlanPortConfigDel(vid);
-    if (isRetired()) return;
-    if (port->vlanPortConfig().empty() && topo->port(intf) == port.get()) {
+    detail::FirstException thrown;
+    thrown.collect([&] { port->vlanPortConfigDel(vid); });
+    if (!isRetired() && port->vlanPortConfig().empty() && topo->port(intf) == port.get()) {
       TOPOLIB_TRACE(2) << topoName << ": no more VPCs, deleting Port " << intf;
       const Mox::Ptr<TopoConfigSm> topoSm = topoConfigSm(topoName);
       if (topoSm) topoSm->unannouncedDel(intf);
-      topo->portDel(intf);
-      if (isRetired()) return;
-      if (topoSm) topoSm->handleTopoPortConfigOrStatus(intf);
+      thrown.collect([&] { topo->portDel(intf); });
+      if (topoSm && !isRetired()) thrown.collect([&] { topoSm->handleTopoPortConfigOrStatus(intf); });
     }
+    thrown.rethrow();
   }
   withdrawFromExpandingVlans(vid, intf);
   inheritFromExpandedVlans(vid, intf);
@@ -171,20 +172,24 @@ void LibSm::inheritEntry(const Mox::Ptr<Topo>& topo, Bridging::VlanId vid, Quill
 void LibSm::disinheritEntry(const Mox::Ptr<Topo>& topo, Bridging::VlanId vid, Quill::IntfId intf) {
   const Mox::Ptr<Port> port = topo->port(intf);
   TOPOLIB_TRACE(2) << topo->name() << ": Deleting VlanPortConfig for Vlan" << vid << "/" << intf;
-  port->vlanPortConfigDel(vid);
-  if (isRetired() || !port->vlanPortConfig().empty()) return;
+  detail::FirstException thrown;
+  thrown.collect([&] { port->vlanPortConfigDel(vid); });
+  if (isRetired() || !port->vlanPortConfig().empty()) {
+    thrown.rethrow();
+    return;
+  }
   TOPOLIB_TRACE(2) << topo->name() << ": no more VPCs, deleting Port " << intf;
   const Mox::Ptr<TopoConfigSm> topoSm = isPublished(*topo) ? topoConfigSm(topo->name()) : nullptr;
-  if (topoSm) topoSm->doRemovePort(intf);
-  if (isRetired()) return;
+  if (topoSm) thrown.collect([&] { topoSm->doRemovePort(intf); });
   // A reader that was told of the port while it went may have given it an entry again, or had it admitted again.
-  if (port->vlanPortConfig().empty() && topo->port(intf) == port.get()) {
+  if (!isRetired() && port->vlanPortConfig().empty() && topo->port(intf) == port.get()) {
     if (topoSm) topoSm->unannouncedDel(intf);
-    topo->portDel(intf);
+    thrown.collect([&] { topo->portDel(intf); });
   }
   if (topoSm && !isRetired() && (topo->port(intf) != nullptr || topoSm->topoPortConfigSm(intf) != nullptr)) {
-    topoSm->handleTopoPortConfigOrStatus(intf);
+    thrown.collect([&] { topoSm->handleTopoPortConfigOrStatus(intf); });
   }
+  thrown.rethrow();
 }
 
 }  // namespace Topology::Library

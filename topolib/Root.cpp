@@ -37,10 +37,10 @@ Mox::Ptr<LibSm> Root::libSmIs(const Mox::String& name, const Mox::Ptr<const Brid
                               const std::uint64_t& validIntfPtr) {
   const Mox::Ptr<Root> self(this);
   if (libSm_) {
-    const bool isSame = libSm_->name() == name && config == libSm_->config() && status == libSm_->status() &&
-                        statusInst == libSm_->statusInst() && brConfig == libSm_->brConfig() &&
-                        libState == libSm_->libState() && libSm_->libSmMode() == libSmMode &&
-                        libSm_->ignoreInternalVlan() == ignoreInternalVlan &&
+    const bool isSame = !libSm_->isRetired() && libSm_->name() == name && config == libSm_->config() &&
+                        status == libSm_->status() && statusInst == libSm_->statusInst() &&
+                        brConfig == libSm_->brConfig() && libState == libSm_->libState() &&
+                        libSm_->libSmMode() == libSmMode && libSm_->ignoreInternalVlan() == ignoreInternalVlan &&
                         libSm_->deferProcessing() == deferProcessing;
     libSm_->validIntfPtrIs(validIntfPtr);
     if (isSame) return libSm_;
@@ -49,6 +49,8 @@ Mox::Ptr<LibSm> Root::libSmIs(const Mox::String& name, const Mox::Ptr<const Brid
   if (libSm_) libSm_->moxDoZombieReactors(true);
   const Mox::Ptr<LibSm> made = LibSm::LibSmIs(name, config, status, statusInst, brConfig, libState, libSmMode,
                                               ignoreInternalVlan, deferProcessing, validIntfPtr);
+  // A reader may have started another one meanwhile; this one is asked for last.
+  if (libSm_) libSm_->moxDoZombieReactors(true);
   scalarIs(libSm_, made, libSmAttr);
   made->hasNotificationActiveIs(true);
   return made;

@@ -1,6 +1,7 @@
 #include "topolib/TopoConfigSm.h"
 
 #include "topolib/LibSm.h"
+#include "topolib/detail/FirstException.h"
 #include "topolib/detail/Log.h"
 
 namespace Topology::Library {
@@ -91,6 +92,8 @@ void TopoConfigSm::reconcilePort(Quill::IntfId intf) {
     TOPOLIB_ASSERT_TEXT(topoPortSm->topoPortConfig() == portConfig.get(),
                         "topoPortSm->topoPortConfig() == topoPortConfig");
     TOPOLIB_TRACE(3) << "TopoPortConfigSm already present " << intf;
+    // Writes nothing, unless the port was deleted and made again without this being told.
+    topoPortSm->doPublish();
   } else {
     TOPOLIB_TRACE(3) << "Creating TopoPortConfigSm for " << intf;
     TOPOLIB_MSG("Creating TopoPortConfigSm for {}", intf);
@@ -103,8 +106,10 @@ void TopoConfigSm::removePort(Quill::IntfId intf) {
   if (!topoPortSm) return;
   TOPOLIB_TRACE(3) << "Deleting TopoPortConfigSm for " << intf;
   TOPOLIB_MSG("Deleting TopoPortConfigSm for {}", intf);
-  topoPortSm->doCleanUp();
+  detail::FirstException thrown;
+  thrown.collect([&] { topoPortSm->doCleanUp(); });
   topoPortConfigSmDel(intf);
+  thrown.rethrow();
 }
 
 bool TopoConfigSm::hasPortStatus(Quill::IntfId intf) const {

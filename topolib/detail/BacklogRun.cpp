@@ -17,11 +17,15 @@ void BacklogRun::run() {
   start_ = Mox::System::currentTime();
   deadline_ = start_ + codef_.backlogQuantum();
   TOPOLIB_TRACE(5) << "start iterating over dirty vlans ";
-  walk();
+  if (directory_ && !walk()) return;
+  TOPOLIB_TRACE(5) << "no more work to do ";
+  TOPOLIB_TRACE(5) << "done processing ";
+  close();
 }
 
-/// In a circle, from the bookmark on. The directory may change under it.
-void BacklogRun::walk() {
+/// In a circle, from the bookmark on, until the directory is empty; false if the run is over before. The directory may
+/// change under it.
+bool BacklogRun::walk() {
   const auto& dirtyVlans = directory_->dirtyVlan();
   const Bridging::VlanIdOrNone bookmark = codef_.bookmark();
   auto at = bookmark.isNone() ? dirtyVlans.begin() : dirtyVlans.startAtHash(Bridging::VlanId(bookmark));
@@ -29,17 +33,15 @@ void BacklogRun::walk() {
     if (!at) at = dirtyVlans.begin();
     const Vlan vlan = readVlan(at.key());
     const Outcome outcome = process(vlan);
-    if (outcome == Outcome::runOver) return;
+    if (outcome == Outcome::runOver) return false;
     if (dirtyVlans.empty()) break;
     if (outcome == Outcome::done && isDeferred_ && (isTimeUp() || codef_.yieldAfterOne())) {
       yield("running out of time, stop processing, done! ");
-      return;
+      return false;
     }
     at.advance();
   }
-  TOPOLIB_TRACE(5) << "no more work to do ";
-  TOPOLIB_TRACE(5) << "done processing ";
-  close();
+  return true;
 }
 
 void BacklogRun::close() {

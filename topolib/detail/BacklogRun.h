@@ -49,7 +49,7 @@ class BacklogRun {
     bool isTopoOrphan;
   };
 
-  void walk();
+  [[nodiscard]] bool walk();
   [[nodiscard]] Vlan readVlan(Bridging::VlanId vid);
   [[nodiscard]] Outcome process(const Vlan& vlan);
 
