@@ -1,5 +1,8 @@
 #include "topolib/EthIntfSm.h"
 
+#include <utility>
+
+#include "topolib/detail/FirstException.h"
 #include "topolib/detail/Flag.h"
 #include "topolib/detail/Log.h"
 
@@ -14,7 +17,7 @@ BaseIntfSm::~BaseIntfSm() = default;
 void BaseIntfSm::handleInitialized() { initializedIs(true); }
 
 void BaseIntfSm::maybeUpdateTopo(bool up) {
-  if (!initialized()) return;
+  if (!initialized() || isRetired()) return;
   const bool isReported = topoStatus_->topoPortStatus(intfId_) != nullptr;
   if (up == isReported) return;
   const Mox::Ptr<BaseIntfSm> self(this);
@@ -23,13 +26,17 @@ void BaseIntfSm::maybeUpdateTopo(bool up) {
     TOPOLIB_MSG("Linkstatus up for {} adding port to topology ", intfId_);
     topoStatus_->topoPortStatusIs(intfId_, 0);
     // A reader of the status may have had the port removed.
-    if (!initialized() || !topoConfig_->publishPortConfig()) return;
+    if (!initialized() || isRetired() || !topoConfig_->publishPortConfig()) return;
     writableTopoConfig().topoPortConfigIs(intfId_, 0, topoConfig_->publishedPortState());
   } else {
     TOPOLIB_TRACE(6) << ": Linkstatus down for " << intfId_ << " removing port from topology ";
     TOPOLIB_MSG(": Linkstatus down for {} removing port from topology ", intfId_);
-    if (topoConfig_->publishPortConfig()) writableTopoConfig().topoPortConfigDel(intfId_);
-    topoStatus_->topoPortStatusDel(intfId_);
+    detail::FirstException thrown;
+    if (topoConfig_->publishPortConfig()) {
+      thrown.collect([&] { writableTopoConfig().topoPortConfigDel(intfId_); });
+    }
+    if (initialized() && !isRetired()) thrown.collect([&] { topoStatus_->topoPortStatusDel(intfId_); });
+    thrown.rethrow();
   }
 }
 
@@ -37,8 +44,12 @@ void BaseIntfSm::doCleanUp() {
   TOPOLIB_TRACE(8) << ": Cleanup, removing port from topology " << intfId_;
   const Mox::Ptr<BaseIntfSm> self(this);
   initializedIs(false);
-  topoStatus_->topoPortStatusDel(intfId_);
-  if (topoConfig_->publishPortConfig()) writableTopoConfig().topoPortConfigDel(intfId_);
+  detail::FirstException thrown;
+  thrown.collect([&] { topoStatus_->topoPortStatusDel(intfId_); });
+  if (topoConfig_->publishPortConfig()) {
+    thrown.collect([&] { writableTopoConfig().topoPortConfigDel(intfId_); });
+  }
+  thrown.rethrow();
 }
 
 void BaseIntfSm::forEachReactor(const std::function<void(Mox::PtrInterface&)>& /*act*/) {}
@@ -73,7 +84,11 @@ void EthIntfSm::handleLinkStatus() {
   if (isReporting_) return;
   const Mox::Ptr<EthIntfSm> self(this);
   const detail::Flag reporting(isReporting_);
-  while (std::exchange(isChangedMeanwhile_, false) && !isRetired()) maybeUpdateTopo(isUp());
+  detail::FirstException thrown;
+  while (std::exchange(isChangedMeanwhile_, false) && !isRetired()) {
+    thrown.collect([&] { maybeUpdateTopo(isUp()); });
+  }
+  thrown.rethrow();
 }
 
 bool EthIntfSm::isUp() const noexcept {

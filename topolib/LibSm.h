@@ -299,6 +299,8 @@ class MOX_PUBLIC LibSm : public Mox::StateMachine<LibSm> {
   void reconcileTopo(const Mox::String& name);
   void createTopo(const Mox::String& name);
   void withdrawTopo(const Mox::String& name);
+  void deleteTopo(const Mox::String& name);
+  void serveTopo(const Mox::String& name, auto&& work);
 
   // The ports of a VLAN.
   [[nodiscard]] bool hasOwnEntry(Bridging::VlanId vid, Quill::IntfId intf) const;

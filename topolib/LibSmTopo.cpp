@@ -37,14 +37,17 @@ bool LibSm::wantsTopo(const Mox::String& name) const {
 void LibSm::handleTopoConfigOrStatus(const Mox::String& name) {
   TOPOLIB_ASSERT_INITIALIZED();
   TOPOLIB_TRACE(8) << "handleTopoConfigOrStatus" << name;
-  // Readers of LibState that change the configuration of a topology while it is made or withdrawn are served after that.
+  serveTopo(name, [&] { reconcileTopo(name); });
+}
+
+/// Readers of LibState that ask for a topology while it is made, withdrawn or deleted are served after that.
+void LibSm::serveTopo(const Mox::String& name, auto&& work) {
   const auto again = [&] {
     // Withdrawn and configured again: the two come to one request.
     if (topoConfigSm(name) != nullptr && hasOrphan(topoInputs(name).config.get())) withdrawTopo(name);
     if (!isRetired()) reconcileTopo(name);
   };
-  reconciling_.run(
-      name, [&] { reconcileTopo(name); }, again, [this] { return isRetired(); });
+  reconciling_.run(name, work, again, [this] { return isRetired(); });
 }
 
 void LibSm::reconcileTopo(const Mox::String& name) {
@@ -169,16 +172,24 @@ void LibSm::doMaybeDeleteTopo(const Mox::String& oldTopoName) {
   const bool isOrphan = hasOrphan(topoInputs(oldTopoName).config.get());
   if (mapped == nullptr || !mapped->vlan().empty()) return;
   if (wantsTopo(oldTopoName) && !isOrphan) return;
+  if (reconciling_.ask(oldTopoName)) {
+    deleteTopo(oldTopoName);
+  } else {
+    serveTopo(oldTopoName, [&] { deleteTopo(oldTopoName); });
+  }
+}
+
+void LibSm::deleteTopo(const Mox::String& name) {
   TOPOLIB_TRACE(2) << "Deleting topo";
   TOPOLIB_MSG("Deleting topo");
-  topoConfigSmDel(oldTopoName);
+  topoConfigSmDel(name);
   detail::FirstException thrown;
-  thrown.collect([&] { libState_->topoDel(oldTopoName); });
-  if (!isRetired()) topoToVlanMap_->mappedVlanDel(oldTopoName);
-  if (!isRetired() && topoInputs(oldTopoName).config) {
+  thrown.collect([&] { libState_->topoDel(name); });
+  if (!isRetired()) topoToVlanMap_->mappedVlanDel(name);
+  if (!isRetired() && topoInputs(name).config) {
     TOPOLIB_TRACE(2) << "May be we deleted an orphaned topo, create again";
     TOPOLIB_MSG("May be we deleted an orphaned topo, create again");
-    thrown.collect([&] { handleTopoConfigOrStatus(oldTopoName); });
+    thrown.collect([&] { handleTopoConfigOrStatus(name); });
   }
   thrown.rethrow();
 }

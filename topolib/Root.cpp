@@ -61,11 +61,12 @@ Mox::Ptr<TopologyStatusLibSm> Root::topologyStatusLibSmIs(
     const Mox::Ptr<const Bridging::Topology::Config>& config,
     const Mox::Ptr<const Interface::EthIntfStatusDir>& ethIntfStatusDir) {
   if (const TopologyStatusLibSm* const sm = topologyStatusLibSm_.get();
-      sm != nullptr && sm->status() == status && libState == sm->libState() && sm->config() == config &&
-      sm->ethIntfStatusDir() == ethIntfStatusDir) {
+      sm != nullptr && !sm->isRetired() && sm->status() == status && libState == sm->libState() &&
+      sm->config() == config && sm->ethIntfStatusDir() == ethIntfStatusDir) {
     return topologyStatusLibSm_;
   }
   const Mox::Ptr<Root> self(this);
+  if (topologyStatusLibSm_) topologyStatusLibSm_->moxDoZombieReactors(true);
   const Mox::Ptr<TopologyStatusLibSm> made =
       TopologyStatusLibSm::TopologyStatusLibSmIs(status, libState, config, ethIntfStatusDir);
   made->hasNotificationActiveIs(true);

@@ -61,7 +61,8 @@ class MOX_PUBLIC Root : public Mox::NamedEntity {
   [[nodiscard]] const Mox::Ptr<TopologyStatusLibSm>& topologyStatusLibSm() const noexcept {
     return topologyStatusLibSm_;
   }
-  /// Starts the status publisher, which writes `status`. The same four entities give the same one.
+  /// Starts the status publisher, which writes `status`. The same four entities give the same one; others make a new
+  /// one, and retire the old one.
   Mox::Ptr<TopologyStatusLibSm> topologyStatusLibSmIs(
       const Mox::Ptr<Bridging::Topology::Inst::Status>& status, const Mox::Ptr<const LibState>& libState,
       const Mox::Ptr<const Bridging::Topology::Config>& config,

@@ -1,5 +1,6 @@
 #include "topolib/TopoSm.h"
 
+#include "topolib/detail/FirstException.h"
 #include "topolib/detail/Log.h"
 
 namespace Topology::Library {
@@ -19,20 +20,30 @@ TopoSm::~TopoSm() { moxDoZombieReactors(true); }
 
 void TopoSm::handleInitialized() {
   initializedIs(true);
-  handlePort();
-  handleEthIntfStatus();
+  detail::FirstException thrown;
+  thrown.collect([this] { handlePort(); });
+  thrown.collect([this] { handleEthIntfStatus(); });
+  thrown.rethrow();
 }
 
 void TopoSm::handlePort() {
   if (!initialized()) return;
   TOPOLIB_TRACE(8) << name() << ": Syncing up port state machines";
   const Mox::Ptr<TopoSm> self(this);
-  for (const auto& [intf, port] : topo_->port()) handlePort(intf);
+  detail::FirstException thrown;
+  for (const auto& [intf, port] : topo_->port()) {
+    thrown.collect([&, intf = intf] { handlePort(intf); });
+  }
+  thrown.rethrow();
 }
 
 void TopoSm::handleEthIntfStatus() {
   const Mox::Ptr<TopoSm> self(this);
-  for (const auto& [intf, sm] : ethIntfSm_) handleEthIntfStatus(intf);
+  detail::FirstException thrown;
+  for (const auto& [intf, sm] : ethIntfSm_) {
+    thrown.collect([&, intf = intf] { handleEthIntfStatus(intf); });
+  }
+  thrown.rethrow();
 }
 
 void TopoSm::handleEthIntfStatus(Quill::IntfId intf) {
@@ -40,11 +51,11 @@ void TopoSm::handleEthIntfStatus(Quill::IntfId intf) {
 }
 
 void TopoSm::handlePort(Quill::IntfId intf) {
-  if (!initialized()) return;
+  if (isOver()) return;
   const Mox::Ptr<TopoSm> self(this);
   // Readers of the status that change the port while it is added or removed are served after that.
   const auto reconcile = [&] { reconcilePort(intf); };
-  reconciling_.run(intf, reconcile, reconcile, [this] { return !initialized(); });
+  reconciling_.run(intf, reconcile, reconcile, [this] { return isOver(); });
 }
 
 void TopoSm::reconcilePort(Quill::IntfId intf) {
@@ -55,7 +66,7 @@ void TopoSm::reconcilePort(Quill::IntfId intf) {
   if (isWanted) {
     if (sm != nullptr && sm->ethIntfStatus() == status.get()) return;
     if (sm != nullptr) removePort(intf);
-    if (!initialized()) return;
+    if (isOver()) return;
     TOPOLIB_TRACE(7) << name() << ": Port " << intf << " created, creating Sm";
     ethIntfSmIs(intf, topoConfig_, topoStatus_, status)->handleInitialized();
   } else if (sm != nullptr) {
@@ -65,16 +76,23 @@ void TopoSm::reconcilePort(Quill::IntfId intf) {
 }
 
 void TopoSm::removePort(Quill::IntfId intf) {
-  ethIntfSm(intf)->doCleanUp();
+  detail::FirstException thrown;
+  thrown.collect([&] { ethIntfSm(intf)->doCleanUp(); });
   ethIntfSmDel(intf);
+  thrown.rethrow();
 }
 
 void TopoSm::doCleanUp() {
   TOPOLIB_TRACE(8) << name() << ": Cleanup, removing all port state machines ";
   const Mox::Ptr<TopoSm> self(this);
   initializedIs(false);
-  for (const auto& [intf, sm] : ethIntfSm_) sm.doCleanUp();
+  detail::FirstException thrown;
+  for (const auto& [intf, sm] : ethIntfSm_) {
+    const Mox::Ptr<EthIntfSm> held(&sm);
+    thrown.collect([&] { held->doCleanUp(); });
+  }
   ethIntfSmDelAll();
+  thrown.rethrow();
 }
 
 Mox::Ptr<EthIntfSm> TopoSm::ethIntfSmIs(Quill::IntfId intf,
@@ -83,6 +101,7 @@ Mox::Ptr<EthIntfSm> TopoSm::ethIntfSmIs(Quill::IntfId intf,
                                         const Mox::Ptr<const Interface::EthIntfStatus>& ethIntfStatus) {
   const Mox::Ptr<EthIntfSm> sm = memberIs(ethIntfSm_, ethIntfSmAttr, intf, topoConfig, topoStatus, ethIntfStatus);
   sm->hasNotificationActiveIs(true);
+  if (isRetired()) sm->moxDoZombieReactors(true);
   return sm;
 }
 
@@ -92,6 +111,7 @@ void TopoSm::ethIntfSmDel(Quill::IntfId intf) {
 }
 
 void TopoSm::ethIntfSmDelAll() {
+  const Mox::Ptr<TopoSm> self(this);
   for (const auto& [intf, sm] : ethIntfSm_) ethIntfSmDel(intf);
 }
 

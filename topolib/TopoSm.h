@@ -49,10 +49,10 @@ class MOX_PUBLIC TopoSm : public Mox::StateMachine<TopoSm> {
   void ethIntfSmDelAll();
 
   void handleInitialized();
-  /// Every port that the topology or the state machine has.
+  /// Every port of the topology.
   void handlePort();
   void handlePort(Quill::IntfId intf);
-  /// Every interface of the topology whose status may have come or gone.
+  /// Every interface that has a state machine.
   void handleEthIntfStatus();
   void handleEthIntfStatus(Quill::IntfId intf);
   /// Withdraws all ports from the status, and removes their state machines.
@@ -77,6 +77,7 @@ class MOX_PUBLIC TopoSm : public Mox::StateMachine<TopoSm> {
     void onChange(Mox::AttributeId id, const void* key);
   };
 
+  [[nodiscard]] bool isOver() const noexcept { return !initialized() || isRetired(); }
   void reconcilePort(Quill::IntfId intf);
   void removePort(Quill::IntfId intf);
 

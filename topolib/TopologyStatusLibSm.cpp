@@ -1,5 +1,6 @@
 #include "topolib/TopologyStatusLibSm.h"
 
+#include "topolib/detail/FirstException.h"
 #include "topolib/detail/Log.h"
 
 namespace Topology::Library {
@@ -54,14 +55,12 @@ void TopologyStatusLibSm::handleInitialized() {
 }
 
 void TopologyStatusLibSm::handleLibStateInit() {
-  TOPOLIB_TRACE(2) << "TopologyStatusLibSm::"
-                   << "handleLibStateInit";
+  TOPOLIB_TRACE(2) << "TopologyStatusLibSm::handleLibStateInit";
   handleTopo();
 }
 
 void TopologyStatusLibSm::handleTopo() {
-  TOPOLIB_TRACE(2) << "TopologyStatusLibSm::"
-                   << "handleTopo";
+  TOPOLIB_TRACE(2) << "TopologyStatusLibSm::handleTopo";
   if (!initialized()) return;
   if (!libState_->initDone()) {
     TOPOLIB_TRACE(7) << "topoLibSm init not done yet, returning ";
@@ -69,35 +68,44 @@ void TopologyStatusLibSm::handleTopo() {
   }
   TOPOLIB_TRACE(7) << "Syncing up topology state machines";
   const Mox::Ptr<TopologyStatusLibSm> self(this);
+  detail::FirstException thrown;
   for (const auto& [name, sm] : topoSm_) {
-    if (libState_->topo(name) == nullptr) handleTopo(name);
+    if (libState_->topo(name) == nullptr) thrown.collect([&] { handleTopo(name); });
   }
   for (const auto& [name, topo] : libState_->topo()) {
     // One whose configuration is gone already is being withdrawn, and its removal will be notified.
-    if (config_->topoConfig(name) != nullptr || topoSm(name) != nullptr) handleTopo(name);
+    if (topoConfigOf(name) != nullptr) thrown.collect([&] { handleTopo(name); });
   }
-  if (!isRetired()) removeStaleStatuses();
+  thrown.collect([this] { removeStaleStatuses(); });
+  thrown.rethrow();
 }
 
 void TopologyStatusLibSm::removeStaleStatuses() {
+  detail::FirstException thrown;
   for (const auto& [name, topoStatus] : status_->topoStatus()) {
-    if (config_->topoConfig(name) == nullptr) {
+    if (isRetired()) break;
+    if (topoConfigOf(name) == nullptr) {
       TOPOLIB_TRACE(7) << "Deleting TopoStatus because no TopoConfig found";
-      status_->topoStatusDel(name);
+      thrown.collect([&] { status_->topoStatusDel(name); });
     } else {
-      removeStalePorts(status_->topoStatus(name));
+      thrown.collect([&] { removeStalePorts(status_->topoStatus(name)); });
     }
   }
+  thrown.rethrow();
 }
 
 void TopologyStatusLibSm::removeStalePorts(const Mox::Ptr<Bridging::Topology::Inst::TopoStatus>& topoStatus) {
   const Mox::Ptr<const TopoSm> sm = topoSm(topoStatus->name());
   if (!sm) return;
   for (const auto& [intf, number] : topoStatus->topoPortStatus()) {
-    if (sm->ethIntfSm(intf) != nullptr) continue;
+    if (isRetired() || sm->ethIntfSm(intf) != nullptr) continue;
     TOPOLIB_TRACE(7) << "Deleting topoPortStatus for topo: " << topoStatus->name() << intf;
     topoStatus->topoPortStatusDel(intf);
   }
+}
+
+const Bridging::Topology::TopoConfig* TopologyStatusLibSm::topoConfigOf(const Mox::String& name) const {
+  return config_ ? config_->topoConfig(name) : nullptr;
 }
 
 void TopologyStatusLibSm::handleTopo(const Mox::String& name) {
@@ -107,8 +115,9 @@ void TopologyStatusLibSm::handleTopo(const Mox::String& name) {
   // Readers of the status that change the topology while it is published or withdrawn are served after that.
   const auto again = [&] {
     const TopoSm* const existing = topoSm(name);
+    // Deleted and published again: the two come to one request.
     if (existing != nullptr && existing->topo() != libState_->topo(name)) withdrawTopo(name);
-    reconcileTopo(name);
+    if (!isRetired()) reconcileTopo(name);
   };
   reconciling_.run(
       name, [&] { reconcileTopo(name); }, again, [this] { return isRetired(); });
@@ -121,7 +130,7 @@ void TopologyStatusLibSm::reconcileTopo(const Mox::String& name) {
     if (existing) withdrawTopo(name);
   } else if (existing) {
     TOPOLIB_ASSERT_TEXT(existing->topo() == topo.get(), "topoSm->topo() == topo");
-  } else {
+  } else if (libState_->initDone()) {
     publishTopo(name, topo);
   }
 }
@@ -129,21 +138,25 @@ void TopologyStatusLibSm::reconcileTopo(const Mox::String& name) {
 void TopologyStatusLibSm::withdrawTopo(const Mox::String& name) {
   TOPOLIB_TRACE(7) << name << ": Topo object deleted, deleting Topology Status";
   TOPOLIB_MSG("{}: Topo object deleted, deleting Topology Status", name);
-  status_->topoStatusDel(name);
-  topoSmDel(name);
+  detail::FirstException thrown;
+  thrown.collect([&] { status_->topoStatusDel(name); });
+  if (!isRetired()) thrown.collect([&] { topoSmDel(name); });
+  thrown.rethrow();
 }
 
 void TopologyStatusLibSm::publishTopo(const Mox::String& name, const Mox::Ptr<const Topo>& topo) {
-  const Mox::Ptr<const Bridging::Topology::TopoConfig> topoConfig = config_->topoConfig(name);
+  const Mox::Ptr<const Bridging::Topology::TopoConfig> topoConfig = topoConfigOf(name);
   Mox::Ptr<Bridging::Topology::Inst::TopoStatus> topoStatus = status_->topoStatus(name);
   if (topoConfig) {
     if (topoStatus && topoStatus->topoNumber() != topoConfig->topoNumber()) {
       status_->topoStatusDel(name);
       topoStatus = nullptr;
+      if (isRetired()) return;
     }
     if (!topoStatus) topoStatus = status_->topoStatusIs(name, topoConfig->topoNumber());
   }
   TOPOLIB_ASSERT_TEXT(topoConfig && topoStatus, "topoConfig && topoStatus");
+  if (isRetired()) return;
   TOPOLIB_TRACE(7) << name << ": Topo object created, adding Topology Status";
   TOPOLIB_MSG("{}: Topo object created, adding Topology Status", name);
   const Mox::Ptr<TopoSm> sm = smFactory_->createTopoSm(topo, topoConfig, topoStatus);
@@ -154,19 +167,26 @@ void TopologyStatusLibSm::publishTopo(const Mox::String& name, const Mox::Ptr<co
 void TopologyStatusLibSm::topoSmIs(const Mox::Ptr<TopoSm>& sm) {
   if (!sm) Mox::throwMutatorArgNullPointerException("topoSmIs", "topoSm");
   TOPOLIB_ASSERT_TEXT(sm->fwkKey() == sm->name(), "fwkKey() == KeyFunktor()( _value )");
+  if (const TopoSm* const existing = topoSm(sm->fwkKey()); existing != nullptr && existing != sm.get()) {
+    Mox::throwMutatorReinstantiating("topoSmIs");
+  }
   sm->hasNotificationActiveIs(true);
   memberInsert(topoSm_, topoSmAttr, sm->fwkKey(), sm);
 }
 
 void TopologyStatusLibSm::topoSmDel(const Mox::String& name) {
+  const Mox::Ptr<TopologyStatusLibSm> self(this);
+  detail::FirstException thrown;
   if (const Mox::Ptr<TopoSm> sm = topoSm(name)) {
-    sm->doCleanUp();
+    thrown.collect([&] { sm->doCleanUp(); });
     sm->moxDoZombieReactors(true);
   }
   memberDel(topoSm_, topoSmAttr, name);
+  thrown.rethrow();
 }
 
 void TopologyStatusLibSm::topoSmDelAll() {
+  const Mox::Ptr<TopologyStatusLibSm> self(this);
   for (const auto& [name, sm] : topoSm_) topoSmDel(name);
 }
 

@@ -53,7 +53,8 @@ class MOX_PUBLIC TopologyStatusLibSm : public Mox::StateMachine<TopologyStatusLi
   static constexpr Mox::CollectionAttribute<Mox::String> topoSmAttr{0, "topoSm"};
   static constexpr Mox::ScalarAttribute smFactoryAttr{1, "smFactory"};
 
-  /// Without a `smFactory` it makes one of its own. A null `libState` aborts.
+  /// Without a `smFactory` it makes one of its own. A null `libState` aborts, and `status` must not be null; a null
+  /// `config` holds nothing.
   TopologyStatusLibSm(const Mox::Ptr<Bridging::Topology::Inst::Status>& status,
                       const Mox::Ptr<const LibState>& libState,
                       const Mox::Ptr<const Bridging::Topology::Config>& config,
@@ -103,6 +104,7 @@ class MOX_PUBLIC TopologyStatusLibSm : public Mox::StateMachine<TopologyStatusLi
     void onChange(Mox::AttributeId id, const void* key);
   };
 
+  [[nodiscard]] const Bridging::Topology::TopoConfig* topoConfigOf(const Mox::String& name) const;
   void reconcileTopo(const Mox::String& name);
   void publishTopo(const Mox::String& name, const Mox::Ptr<const Topo>& topo);
   void withdrawTopo(const Mox::String& name);

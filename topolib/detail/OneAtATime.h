@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "topolib/detail/FirstException.h"
+
 namespace Topology::Library::detail {
 
 template <class Key>
@@ -19,8 +21,10 @@ class OneAtATime {
   void run(const Key& key, auto&& work, auto&& again, auto&& isOver) {
     if (ask(key)) return;
     const Entry entry(*this, key);
-    work();
-    while (std::exchange(underWay_.back().isAskedAgain, false) && !isOver()) again();
+    FirstException thrown;
+    thrown.collect(work);
+    while (std::exchange(underWay_.back().isAskedAgain, false) && !isOver()) thrown.collect(again);
+    thrown.rethrow();
   }
 
   /// Leaves a request for work under way on the key; returns false if there is none.

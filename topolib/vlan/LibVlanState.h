@@ -17,7 +17,8 @@
 //   - The view alone writes the tree, except `forceEnabledPorts`, which the client writes and the view reads.
 //   - Where several topologies carry a port in a VLAN, `blocked` and `allowedTrafficDirection` are what was written last.
 //   - An entry of `topo` is there for its key; its value is the view's own business.
-//   - Destroying a LibVlanState deletes VLAN by VLAN and port by port, with a notification each.
+//   - Destroying a LibVlanState empties it VLAN by VLAN; a TopoVlan that somebody holds keeps its ports.
+//   - `Port::topo` is in the order of the names.
 
 #pragma once
 

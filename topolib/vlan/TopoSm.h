@@ -18,7 +18,9 @@ class MOX_PUBLIC TopoSm : public Mox::StateMachine<TopoSm> {
  public:
   static constexpr Mox::CollectionAttribute<Quill::IntfId> vlanPortMappingAttr{0, "vlanPortMapping"};
 
+  /// Does nothing yet: it is started when its owner holds it, so that readers of the view find it there.
   TopoSm(Mox::String name, const Mox::Ptr<const Topo>& topo, VlanLibSm* vlanLibSm);
+  /// Made and started.
   [[nodiscard]] static Mox::Ptr<TopoSm> TopoSmIs(const Mox::String& name, const Mox::Ptr<const Topo>& topo,
                                                  VlanLibSm* vlanLibSm);
   ~TopoSm() override;
@@ -38,6 +40,8 @@ class MOX_PUBLIC TopoSm : public Mox::StateMachine<TopoSm> {
   void vlanPortMappingDel(Quill::IntfId intf);
   void vlanPortMappingDelAll();
 
+  /// Brings the topology into the view.
+  void doStart();
   void handleInitialized();
   /// Every port that the topology or the state machine has.
   void handleTopoPort();

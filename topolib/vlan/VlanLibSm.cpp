@@ -1,5 +1,6 @@
 #include "topolib/vlan/VlanLibSm.h"
 
+#include "topolib/detail/FirstException.h"
 #include "topolib/vlan/detail/Log.h"
 
 namespace Topology::Library::Vlan {
@@ -40,8 +41,10 @@ void VlanLibSm::handleInitDone() {
                        << " for initDone " << topoLib_->initDone();
   if (!topoLib_->initDone()) return;
   const Mox::Ptr<VlanLibSm> self(this);
-  handleTopoLibTopo();
-  if (!isRetired() && libVlanState_) libVlanState_->initDoneIs(true);
+  Library::detail::FirstException thrown;
+  thrown.collect([this] { handleTopoLibTopo(); });
+  if (!isRetired() && libVlanState_) thrown.collect([this] { libVlanState_->initDoneIs(true); });
+  thrown.rethrow();
 }
 
 void VlanLibSm::handleTopoLibTopo() {
@@ -49,45 +52,45 @@ void VlanLibSm::handleTopoLibTopo() {
   if (!topoLib_->initDone()) return;
   const Mox::Ptr<VlanLibSm> self(this);
   const Mox::Ptr<const LibState> topoLib = topoLib_;
-  for (const auto& [name, topo] : topoLib->topo()) handleTopoLibTopo(name);
-  for (const auto& [name, sm] : topoSm_) handleTopoLibTopo(name);
+  Library::detail::FirstException thrown;
+  for (const auto& [name, topo] : topoLib->topo()) {
+    thrown.collect([&] { handleTopoLibTopo(name); });
+  }
+  for (const auto& [name, sm] : topoSm_) {
+    thrown.collect([&] { handleTopoLibTopo(name); });
+  }
+  thrown.rethrow();
 }
 
 void VlanLibSm::handleTopoLibTopo(Mox::String name) {
   TOPOLIBVLAN_TRACE(8) << "void Topology::Library::Vlan::VlanLibSm::handleTopoLibTopo(Mox::String)"
                        << " for topo " << name;
-  if (isRetired() || !topoLib_->initDone()) return;
+  if (isRetired() || !topoLib_ || !topoLib_->initDone()) return;
   const Mox::Ptr<VlanLibSm> self(this);
-  // Readers of the view that change the topology while it is built or withdrawn are served after that.
-  const auto again = [&] {
-    if (TopoSm* const sm = topoSm(name); sm != nullptr && sm->topo() != topoLib_->topo(name)) {
-      sm->handleCleanup();
-      topoSmDel(name);
-    }
-    reconcileTopo(name);
-  };
-  reconciling_.run(
-      name, [&] { reconcileTopo(name); }, again, [this] { return isRetired(); });
-}
-
-void VlanLibSm::reconcileTopo(const Mox::String& name) {
   const Mox::Ptr<const Topo> topo = topoLib_->topo(name);
   TOPOLIBVLAN_TRACE(9) << " topo " << name << (topo ? " exists" : " doesn't exist");
-  if (topo) {
-    topoSmIs(name, topo);
-  } else if (const Mox::Ptr<TopoSm> sm = topoSm(name)) {
-    sm->handleCleanup();
-    topoSmDel(name);
+  Library::detail::FirstException thrown;
+  if (const Mox::Ptr<TopoSm> sm = topoSm(name); sm && sm->topo() != topo.get()) {
+    thrown.collect([&] { sm->handleCleanup(); });
+    if (topoSm(name) == sm.get()) topoSmDel(name);
   }
+  if (topo && !isRetired() && topoLib_ && topoLib_->topo(name) == topo.get()) {
+    thrown.collect([&] { topoSmIs(name, topo); });
+  }
+  thrown.rethrow();
 }
 
 void VlanLibSm::handleForceEnabledPorts(Quill::IntfId intf) {
   TOPOLIBVLAN_TRACE(8) << "void Topology::Library::Vlan::VlanLibSm::handleForceEnabledPorts(Quill::IntfId)"
                        << " for port " << intf;
   const Mox::Ptr<VlanLibSm> self(this);
+  Library::detail::FirstException thrown;
   for (const auto& [name, sm] : topoSm_) {
-    if (VlanPortMapping* const mapping = sm.vlanPortMapping(intf)) mapping->handleTopoVlanPort();
+    if (const Mox::Ptr<VlanPortMapping> mapping = sm.vlanPortMapping(intf)) {
+      thrown.collect([&] { mapping->handleTopoVlanPort(); });
+    }
   }
+  thrown.rethrow();
 }
 
 Mox::Ptr<TopoSm> VlanLibSm::topoSmIs(const Mox::String& name, const Mox::Ptr<const Topo>& topo) {
@@ -95,8 +98,9 @@ Mox::Ptr<TopoSm> VlanLibSm::topoSmIs(const Mox::String& name, const Mox::Ptr<con
     if (existing->topo() != topo.get()) Mox::throwMutatorReinstantiating("topoSmIs");
     return existing;
   }
-  const Mox::Ptr<TopoSm> sm = TopoSm::TopoSmIs(name, topo, this);
+  const Mox::Ptr<TopoSm> sm = Mox::makePtr<TopoSm>(name, topo, this);
   memberInsert(topoSm_, topoSmAttr, name, sm);
+  sm->doStart();
   return sm;
 }
 
@@ -106,6 +110,7 @@ void VlanLibSm::topoSmDel(const Mox::String& name) {
 }
 
 void VlanLibSm::topoSmDelAll() {
+  const Mox::Ptr<VlanLibSm> self(this);
   for (const auto& [name, sm] : topoSm_) topoSmDel(name);
 }
 

@@ -3,7 +3,7 @@
 // It watches the published state and the forced ports, and keeps a TopoSm per topology, which keeps a VlanPortMapping per
 // port; those write the view. Nothing is built before `initDone` of the LibState is true; then a full pass builds every
 // topology, and `initDone` of the LibVlanState turns true. Over a LibState that is done already the view is complete when
-// the constructor returns. Destroying the state machine leaves the view as it stands.
+// the constructor returns. A view that is released inside a notification finishes what it is at. Destroying the state machine leaves the view as it stands.
 
 #pragma once
 
@@ -11,7 +11,6 @@
 #include "mox/StateMachine.h"
 #include "topolib/LibState.h"
 #include "topolib/detail/HeldReactor.h"
-#include "topolib/detail/OneAtATime.h"
 #include "topolib/vlan/LibVlanState.h"
 #include "topolib/vlan/TopoSm.h"
 
@@ -65,14 +64,11 @@ class MOX_PUBLIC VlanLibSm : public Mox::StateMachine<VlanLibSm> {
     void onChange(Mox::AttributeId id, const void* key);
   };
 
-  void reconcileTopo(const Mox::String& name);
-
   Mox::Ptr<const LibState> topoLib_;
   Mox::Ptr<LibVlanState> libVlanState_;
   MoxTopoLib moxTopoLib_;
   MoxLibVlanState moxLibVlanState_;
   Mox::EntityCollection<Mox::String, TopoSm> topoSm_;
-  Library::detail::OneAtATime<Mox::String> reconciling_;
 };
 
 /// Starts the view over a published state. It works while the result is held.

@@ -1,5 +1,6 @@
 #include "topolib/vlan/VlanPortMapping.h"
 
+#include "topolib/detail/FirstException.h"
 #include "topolib/vlan/TopoSm.h"
 #include "topolib/vlan/VlanLibSm.h"
 #include "topolib/vlan/detail/Log.h"
@@ -11,26 +12,31 @@ VlanPortMapping::VlanPortMapping(Quill::IntfId intf, const Mox::Ptr<const Librar
       port_(port),
       view_(topoSm->vlanLibSm()->libVlanState()),
       topoName_(topoSm->name()),
-      moxPort_(this, port) {
+      moxPort_(this, port) {}
+
+Mox::Ptr<VlanPortMapping> VlanPortMapping::VlanPortMappingIs(Quill::IntfId intf,
+                                                             const Mox::Ptr<const Library::Port>& port,
+                                                             TopoSm* topoSm) {
+  Mox::Ptr<VlanPortMapping> mapping = Mox::makePtr<VlanPortMapping>(intf, port, topoSm);
+  mapping->doStart();
+  return mapping;
+}
+
+void VlanPortMapping::doStart() {
+  hasNotificationActiveIs(true);
   handleTopoVlanPort();
   handleTopoPortActive();
   handleTopoPortStates();
   handleInitialized();
 }
 
-Mox::Ptr<VlanPortMapping> VlanPortMapping::VlanPortMappingIs(Quill::IntfId intf,
-                                                             const Mox::Ptr<const Library::Port>& port,
-                                                             TopoSm* topoSm) {
-  Mox::Ptr<VlanPortMapping> mapping = Mox::makePtr<VlanPortMapping>(intf, port, topoSm);
-  mapping->hasNotificationActiveIs(true);
-  return mapping;
-}
-
 VlanPortMapping::~VlanPortMapping() { moxDoZombieReactors(true); }
 
 void VlanPortMapping::moxDoZombieReactors(bool zombie) {
   StateMachine::moxDoZombieReactors(zombie);
-  if (zombie) view_ = nullptr;
+  if (!zombie) return;
+  view_ = nullptr;
+  port_ = nullptr;
 }
 
 void VlanPortMapping::portDel() {
@@ -41,8 +47,10 @@ void VlanPortMapping::portDel() {
 void VlanPortMapping::handleInitialized() {
   TOPOLIBVLAN_TRACE(8) << "void Topology::Library::Vlan::VlanPortMapping::handleInitialized()";
   initializedIs(true);
-  handleTopoVlanPort();
-  handleTopoPortStates();
+  Library::detail::FirstException thrown;
+  thrown.collect([this] { handleTopoVlanPort(); });
+  thrown.collect([this] { handleTopoPortStates(); });
+  thrown.rethrow();
 }
 
 void VlanPortMapping::handleTopoPortActive() {
@@ -56,28 +64,56 @@ void VlanPortMapping::handleTopoVlanPort() {
                        << " in topo " << topoName_ << " port " << intf_;
   const Mox::Ptr<VlanPortMapping> self(this);
   const Mox::Ptr<const Library::Port> port = port_;
-  for (const auto& [vid, config] : port->vlanPortConfig()) handleTopoVlanPort(vid);
+  Library::detail::FirstException thrown;
+  for (const auto& [vid, config] : port->vlanPortConfig()) {
+    thrown.collect([&, vid = vid] { handleTopoVlanPort(vid); });
+  }
+  thrown.rethrow();
 }
 
 void VlanPortMapping::handleTopoVlanPort(Bridging::VlanId vid) {
   if (!initialized() || !port_ || !view_) return;
   TOPOLIBVLAN_TRACE(8) << "void Topology::Library::Vlan::VlanPortMapping::handleTopoVlanPort(Bridging::VlanId)"
                        << " in topoPort " << topoName_ << intf_ << "for vlan " << vid;
-  const bool isEligible = port_->active() || isForced();
-  if (isEligible && port_->vlanPortConfig(vid) != nullptr) {
+  if (isMember(vid)) {
     doTopoVlanPortIs(vid);
   } else {
     doTopoVlanPortDel(vid);
   }
 }
 
+bool VlanPortMapping::isMember(Bridging::VlanId vid) const {
+  return port_ && !isLeaving_ && (port_->active() || isForced()) && port_->vlanPortConfig(vid) != nullptr;
+}
+
+bool VlanPortMapping::isRecorded(const LibVlanState& view, Bridging::VlanId vid) const {
+  const TopoVlan* const topoVlan = view.topoVlan(vid);
+  const Port* const viewPort = topoVlan == nullptr ? nullptr : topoVlan->topoPort(intf_);
+  const Mox::Ptr<VlanPortMapping>* const recorded = viewPort == nullptr ? nullptr : viewPort->topo(topoName_);
+  return recorded != nullptr && *recorded == this;
+}
+
 void VlanPortMapping::doTopoVlanPortIs(Bridging::VlanId vid) {
   TOPOLIBVLAN_TRACE(8) << "void Topology::Library::Vlan::VlanPortMapping::doTopoVlanPortIs(Bridging::VlanId)"
                        << " in topo " << topoName_ << " port " << intf_;
-  Mox::Ptr<TopoVlan> topoVlan = view_->topoVlan(vid);
+  const Mox::Ptr<LibVlanState> view = view_;
+  if (!view) return;
+  const Mox::Ptr<VlanPortMapping> self(this);
+  const bool wasMember = isMember(vid);
+  Library::detail::FirstException thrown;
+  do {
+    thrown.collect([&] { record(*view, vid); });
+    // Readers of the view may have changed the verdict meanwhile, or removed the VLAN or the port.
+  } while (isMember(vid) && !isRecorded(*view, vid));
+  if (wasMember && !isMember(vid) && isRecorded(*view, vid)) thrown.collect([&] { withdraw(*view, vid); });
+  thrown.rethrow();
+}
+
+void VlanPortMapping::record(LibVlanState& view, Bridging::VlanId vid) {
+  Mox::Ptr<TopoVlan> topoVlan = view.topoVlan(vid);
   if (!topoVlan) {
     TOPOLIBVLAN_TRACE(2) << "New topo vlan " << vid;
-    topoVlan = view_->topoVlanIs(vid);
+    topoVlan = view.topoVlanIs(vid);
   }
   Mox::Ptr<Port> viewPort = topoVlan->topoPort(intf_);
   if (!viewPort) {
@@ -94,17 +130,24 @@ void VlanPortMapping::doTopoVlanPortIs(Bridging::VlanId vid) {
 void VlanPortMapping::doTopoVlanPortDel(Bridging::VlanId vid) {
   TOPOLIBVLAN_TRACE(8) << "void Topology::Library::Vlan::VlanPortMapping::doTopoVlanPortDel(Bridging::VlanId)"
                        << " in topo " << topoName_ << " port " << intf_;
-  const Mox::Ptr<LibVlanState> view = view_;
-  const Mox::Ptr<TopoVlan> topoVlan = view ? view->topoVlan(vid) : nullptr;
+  if (const Mox::Ptr<LibVlanState> view = view_) withdraw(*view, vid);
+}
+
+void VlanPortMapping::withdraw(LibVlanState& view, Bridging::VlanId vid) {
+  const Mox::Ptr<TopoVlan> topoVlan = view.topoVlan(vid);
   const Mox::Ptr<Port> viewPort = topoVlan ? topoVlan->topoPort(intf_) : nullptr;
   if (!viewPort) return;
   TOPOLIBVLAN_TRACE(9) << "Deleting topo " << topoName_ << " from Vlan " << vid << ", " << intf_;
-  viewPort->topoDel(topoName_);
-  if (viewPort->topo().empty()) topoVlan->topoPortDel(intf_);
-  if (topoVlan->topoPort().empty()) {
-    TOPOLIBVLAN_TRACE(2) << " All topo ports deleted, removing topo vlan " << vid;
-    view->topoVlanDel(vid);
+  Library::detail::FirstException thrown;
+  thrown.collect([&] { viewPort->topoDel(topoName_); });
+  if (viewPort->topo().empty() && topoVlan->topoPort(intf_) == viewPort.get()) {
+    thrown.collect([&] { topoVlan->topoPortDel(intf_); });
   }
+  if (topoVlan->topoPort().empty() && view.topoVlan(vid) == topoVlan.get()) {
+    TOPOLIBVLAN_TRACE(2) << " All topo ports deleted, removing topo vlan " << vid;
+    thrown.collect([&] { view.topoVlanDel(vid); });
+  }
+  thrown.rethrow();
 }
 
 void VlanPortMapping::handleTopoPortStates() {
@@ -112,11 +155,15 @@ void VlanPortMapping::handleTopoPortStates() {
   TOPOLIBVLAN_TRACE(8) << "void Topology::Library::Vlan::VlanPortMapping::handleTopoPortStates()";
   const Mox::Ptr<VlanPortMapping> self(this);
   const Mox::Ptr<const Library::Port> port = port_;
-  for (const auto& [vid, config] : port->vlanPortConfig()) handleTopoPortState(vid);
+  Library::detail::FirstException thrown;
+  for (const auto& [vid, config] : port->vlanPortConfig()) {
+    thrown.collect([&, vid = vid] { handleTopoPortState(vid); });
+  }
+  thrown.rethrow();
 }
 
 void VlanPortMapping::handleTopoPortState(Bridging::VlanId vid) {
-  if (!initialized() || !port_ || !view_) return;
+  if (!initialized() || isLeaving_ || !port_ || !view_) return;
   TOPOLIBVLAN_TRACE(8) << "void Topology::Library::Vlan::VlanPortMapping::handleTopoPortState(Bridging::VlanId)" << vid
                        << ":" << intf_ << " port::state = " << port_->state();
   const bool isBlocked = port_->state() != Bridging::Topology::PortState::forwarding && !isForced();
@@ -141,11 +188,16 @@ void VlanPortMapping::handleCleanup() {
                        << " in topo " << topoName_ << " port " << intf_;
   const Mox::Ptr<VlanPortMapping> self(this);
   const Mox::Ptr<const Library::Port> port = port_;
-  for (const auto& [vid, config] : port->vlanPortConfig()) doTopoVlanPortDel(vid);
+  isLeaving_ = true;
+  Library::detail::FirstException thrown;
+  for (const auto& [vid, config] : port->vlanPortConfig()) {
+    thrown.collect([&, vid = vid] { doTopoVlanPortDel(vid); });
+  }
+  thrown.rethrow();
 }
 
 bool VlanPortMapping::isForced() const {
-  const bool* const forced = view_->forceEnabledPorts(intf_);
+  const bool* const forced = view_ ? view_->forceEnabledPorts(intf_) : nullptr;
   return forced != nullptr && *forced;
 }
 

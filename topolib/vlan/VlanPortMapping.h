@@ -26,7 +26,9 @@ class TopoSm;
 
 class MOX_PUBLIC VlanPortMapping : public Mox::StateMachine<VlanPortMapping> {
  public:
+  /// Does nothing yet: it is started when its owner holds it, so that readers of the view find it there.
   VlanPortMapping(Quill::IntfId intf, const Mox::Ptr<const Library::Port>& port, TopoSm* topoSm);
+  /// Made and started.
   [[nodiscard]] static Mox::Ptr<VlanPortMapping> VlanPortMappingIs(Quill::IntfId intf,
                                                                    const Mox::Ptr<const Library::Port>& port,
                                                                    TopoSm* topoSm);
@@ -35,10 +37,9 @@ class MOX_PUBLIC VlanPortMapping : public Mox::StateMachine<VlanPortMapping> {
   [[nodiscard]] Quill::IntfId intf() const noexcept { return intf_; }
   [[nodiscard]] const Library::Port* port() const noexcept { return port_.get(); }
   void portDel();
-  [[nodiscard]] bool isBuiltFrom(const Mox::Ptr<const Library::Port>& port, const TopoSm* /*topoSm*/) const noexcept {
-    return port == port_;
-  }
 
+  /// Brings the port into the view.
+  void doStart();
   void handleInitialized();
   void handleTopoPortActive();
   /// Membership in every VLAN of the port, and in one.
@@ -66,12 +67,17 @@ class MOX_PUBLIC VlanPortMapping : public Mox::StateMachine<VlanPortMapping> {
   };
 
   [[nodiscard]] bool isForced() const;
+  [[nodiscard]] bool isMember(Bridging::VlanId vid) const;
+  [[nodiscard]] bool isRecorded(const LibVlanState& view, Bridging::VlanId vid) const;
+  void record(LibVlanState& view, Bridging::VlanId vid);
+  void withdraw(LibVlanState& view, Bridging::VlanId vid);
 
   Quill::IntfId intf_;
   Mox::Ptr<const Library::Port> port_;
   Mox::Ptr<LibVlanState> view_;  // null when there is none to write, and once the mapping is retired
   Mox::String topoName_;
   MoxPort moxPort_;
+  bool isLeaving_ = false;
 };
 
 }  // namespace Topology::Library::Vlan

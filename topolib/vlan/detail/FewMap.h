@@ -88,8 +88,8 @@ class FewMap {
   std::optional<V> take(const K& key) {
     const std::size_t place = lowerBound(key);
     if (place == size_ || !(entries_[place].key == key)) return std::nullopt;
-    std::optional<V> taken(std::move(entries_[place].value));
     auto shrunk = size_ == 1 ? nullptr : std::make_unique<Entry[]>(size_ - std::size_t{1});
+    std::optional<V> taken(std::move(entries_[place].value));
     std::move(entries_.get(), entries_.get() + place, shrunk.get());
     std::move(entries_.get() + place + 1, entries_.get() + size_, shrunk.get() + place);
     entries_.swap(shrunk);
