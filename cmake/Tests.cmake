@@ -39,6 +39,25 @@ foreach(folder IN ITEMS mox kestrel quill bridging interface topolib topolib/vla
   topolib_add_test_program(${folder})
 endforeach()
 
+# The tests of the program run it as a process. The scenarios of examples/ end with expectations.
+if(TOPOLIB_BUILD_PROGRAM)
+  file(GLOB program_tests CONFIGURE_DEPENDS tests/topo/*Test.cpp)
+  add_executable(topo_test ${program_tests})
+  topolib_compile_options(topo_test)
+  target_link_libraries(topo_test PRIVATE test_support topo_parts GTest::gmock nlohmann_json::nlohmann_json)
+  add_dependencies(topo_test topo)
+  gtest_discover_tests(topo_test TEST_PREFIX topo.
+    DISCOVERY_MODE PRE_TEST
+    PROPERTIES LABELS topo TIMEOUT 300 ENVIRONMENT TOPO_PROGRAM=$<TARGET_FILE:topo>)
+
+  file(GLOB scenarios CONFIGURE_DEPENDS examples/*.topo)
+  foreach(scenario IN LISTS scenarios)
+    cmake_path(GET scenario STEM stem)
+    add_test(NAME scenario.${stem} COMMAND topo run ${scenario})
+    set_tests_properties(scenario.${stem} PROPERTIES LABELS examples TIMEOUT 300)
+  endforeach()
+endif()
+
 # The README shows a program and its output: both are the files that are built and tested.
 if(EXISTS ${PROJECT_SOURCE_DIR}/README.md)
   add_test(NAME readme.listing COMMAND ${CMAKE_COMMAND}

@@ -284,6 +284,20 @@ TEST_F(StateMachines, zombieReactorsFalseDoesNothing) {
   EXPECT_EQ(callsOfChange(), all);
 }
 
+TEST_F(StateMachines, isRetiredFromTheFirstZombieReactorsOn) {
+  const auto sm = guard();
+  const Ptr<ChildSm> child = sm->child();
+  EXPECT_FALSE(sm->isRetired());
+  sm->moxDoZombieReactors(false);
+  EXPECT_FALSE(sm->isRetired());
+  sm->moxDoZombieReactors(true);
+  EXPECT_TRUE(sm->isRetired());
+  EXPECT_TRUE(child->isRetired());
+  sm->moxDoZombieReactors(false);
+  sm->hasNotificationActiveIs(true);
+  EXPECT_TRUE(sm->isRetired()) << "there is no way back";
+}
+
 TEST_F(StateMachines, reactorIsOnNothingUntilItIsBound) {
   GuardSm sm(calls, nullptr);
   EXPECT_EQ(sm.lamp().notifier(), nullptr);
