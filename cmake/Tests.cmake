@@ -56,6 +56,12 @@ if(TOPOLIB_BUILD_PROGRAM)
     add_test(NAME scenario.${stem} COMMAND topo run ${scenario})
     set_tests_properties(scenario.${stem} PROPERTIES LABELS examples TIMEOUT 300)
   endforeach()
+  add_test(NAME scenario.real-bridge COMMAND ${CMAKE_COMMAND}
+    -D TOPO=$<TARGET_FILE:topo>
+    -D SOURCE_DIR=${PROJECT_SOURCE_DIR}
+    -D WORK_DIR=${PROJECT_BINARY_DIR}/examples
+    -P ${PROJECT_SOURCE_DIR}/tests/cmake/real-bridge.cmake)
+  set_tests_properties(scenario.real-bridge PROPERTIES LABELS examples TIMEOUT 300)
 endif()
 
 # The README shows a program and its output: both are the files that are built and tested.

@@ -161,7 +161,11 @@ void TopologyStatusLibSm::publishTopo(const Mox::String& name, const Mox::Ptr<co
   TOPOLIB_MSG("{}: Topo object created, adding Topology Status", name);
   const Mox::Ptr<TopoSm> sm = smFactory_->createTopoSm(topo, topoConfig, topoStatus);
   topoSmIs(sm);
-  sm->handleInitialized();
+  detail::FirstException thrown;
+  thrown.collect([&] { sm->handleInitialized(); });
+  // A status that an earlier run has left may name ports that nobody is behind.
+  thrown.collect([&] { removeStalePorts(topoStatus); });
+  thrown.rethrow();
 }
 
 void TopologyStatusLibSm::topoSmIs(const Mox::Ptr<TopoSm>& sm) {

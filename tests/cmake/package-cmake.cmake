@@ -8,6 +8,6 @@ execute_process(COMMAND ${CMAKE_COMMAND} -S ${consumer} -B ${consumer}/build -G 
     -D CMAKE_PREFIX_PATH=${WORK_DIR}/moved -D CMAKE_CXX_COMPILER=${CXX}
   OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND ${CMAKE_COMMAND} --build ${consumer}/build COMMAND_ERROR_IS_FATAL ANY)
-foreach(program IN ITEMS use_topolib use_mox)
+foreach(program IN ITEMS use_topolib use_topolibvlan use_mox)
   execute_process(COMMAND ${consumer}/build/${program} COMMAND_ERROR_IS_FATAL ANY)
 endforeach()

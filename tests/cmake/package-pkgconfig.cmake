@@ -17,4 +17,5 @@ function(build_and_run source package)
 endfunction()
 
 build_and_run(UseTopoLib topolib)
+build_and_run(UseTopoLibVlan topolibvlan)
 build_and_run(UseMox mox)

@@ -121,6 +121,8 @@ void VlanPortMapping::record(LibVlanState& view, Bridging::VlanId vid) {
     TOPOLIBVLAN_TRACE(2) << "New topo intf " << intf_ << " on vlan " << vid;
   }
   handleTopoPortState(vid);
+  if (isLeaving_) return removeIfEmpty(view, topoVlan, viewPort);
+  recorded_.insertOrAssign(vid, {});
   viewPort->topoIs(topoName_, this);
   const Bridging::VlanPortConfig* const config = port_ ? port_->vlanPortConfig(vid) : nullptr;
   viewPort->allowedTrafficDirectionIs(config == nullptr ? Bridging::AllowedTrafficDirection{}
@@ -139,7 +141,16 @@ void VlanPortMapping::withdraw(LibVlanState& view, Bridging::VlanId vid) {
   if (!viewPort) return;
   TOPOLIBVLAN_TRACE(9) << "Deleting topo " << topoName_ << " from Vlan " << vid << ", " << intf_;
   Library::detail::FirstException thrown;
+  recorded_.erase(vid);
   thrown.collect([&] { viewPort->topoDel(topoName_); });
+  thrown.collect([&] { removeIfEmpty(view, topoVlan, viewPort); });
+  thrown.rethrow();
+}
+
+void VlanPortMapping::removeIfEmpty(LibVlanState& view, const Mox::Ptr<TopoVlan>& topoVlan,
+                                    const Mox::Ptr<Port>& viewPort) {
+  const Bridging::VlanId vid = topoVlan->vid();
+  Library::detail::FirstException thrown;
   if (viewPort->topo().empty() && topoVlan->topoPort(intf_) == viewPort.get()) {
     thrown.collect([&] { topoVlan->topoPortDel(intf_); });
   }
@@ -191,6 +202,10 @@ void VlanPortMapping::handleCleanup() {
   isLeaving_ = true;
   Library::detail::FirstException thrown;
   for (const auto& [vid, config] : port->vlanPortConfig()) {
+    thrown.collect([&, vid = vid] { doTopoVlanPortDel(vid); });
+  }
+  // A VLAN that has left the port just now, of which this was not told yet.
+  for (const auto& [vid, present] : recorded_) {
     thrown.collect([&, vid = vid] { doTopoVlanPortDel(vid); });
   }
   thrown.rethrow();

@@ -71,12 +71,14 @@ class MOX_PUBLIC VlanPortMapping : public Mox::StateMachine<VlanPortMapping> {
   [[nodiscard]] bool isRecorded(const LibVlanState& view, Bridging::VlanId vid) const;
   void record(LibVlanState& view, Bridging::VlanId vid);
   void withdraw(LibVlanState& view, Bridging::VlanId vid);
+  void removeIfEmpty(LibVlanState& view, const Mox::Ptr<TopoVlan>& topoVlan, const Mox::Ptr<Port>& viewPort);
 
   Quill::IntfId intf_;
   Mox::Ptr<const Library::Port> port_;
   Mox::Ptr<LibVlanState> view_;  // null when there is none to write, and once the mapping is retired
   Mox::String topoName_;
   MoxPort moxPort_;
+  Mox::SetCollection<Bridging::VlanId> recorded_;  // where the topology is recorded in the view
   bool isLeaving_ = false;
 };
 

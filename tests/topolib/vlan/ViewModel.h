@@ -118,7 +118,9 @@ class ViewPlay {
   void leaveStatus(const std::string& topo, unsigned number, const std::string& intf) {
     if (isPublisherOn_ || isShared_) return;
     published_->topoStatusDel(topo);
-    published_->topoStatusIs(topo, number)->topoPortStatusIs(intf, 3);
+    if (isPublisherOn_) return;
+    const auto left = published_->topoStatusIs(topo, number);
+    if (!isPublisherOn_) left->topoPortStatusIs(intf, 3);
   }
   void startView() {
     if (std::exchange(isViewOn_, true)) return;
