@@ -68,8 +68,13 @@
 //     and lives while the caller holds it.
 //   - `memberIs` makes `T(key, args...)`. Where there are further arguments, T must have `isBuiltFrom(args...)`: an
 //     existing member that was built from others raises MutatorReinstantiatingException, and nothing changes.
-//   - A removed member, and an overwritten value, is absent when the change is notified and is destroyed last. `...DelAll` removes one by one in the order of a pass,
-//     with a notification each; a member that a handler inserts behind the position stays.
+//   - Handlers have run when the operation returns. A change inside a member notifies the member's reactors, not those of
+//     the collection's entity.
+//   - A removed member is absent when its removal is notified, and is destroyed last, as is an overwritten value.
+//     `...DelAll` removes one by one in the order of a pass, with a notification each; a member that a handler inserts
+//     behind the position stays. Removing what is absent does nothing.
+//   - The number of an attribute is any that its class uses once; its name is for people.
+//   - mox/Entity.h is all that an entity needs to include; mox/Collection.h says how to iterate.
 //   - An entity belongs to its collection: its parent is the collection's entity while it is a member, and null after.
 //
 // Limits: everything happens on the activity thread. Destroying an entity notifies nobody.

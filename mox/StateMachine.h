@@ -2,7 +2,7 @@
 //
 // Overview
 //   A state machine watches entities and acts when they change. It owns one nested reactor class per watched entity,
-//   named `Mox` plus the watched attribute. `Reactor<Sm, Notifier>` gives a reactor its types; `StateMachine<Sm>` gives a
+//   named `Mox` plus what it watches. `Reactor<Sm, Notifier>` gives a reactor its types; `StateMachine<Sm>` gives a
 //   state machine its `initialized` flag and the operations that go to all its reactors.
 //
 // Usage: a guard on the lamp of mox/Entity.h (examples/lamp.cpp is the whole program)
@@ -45,7 +45,8 @@
 // Rules
 //   - A reactor is a member of its state machine, or held by a Ptr, or in a collection; it has a plain pointer to the
 //     state machine, which outlives it.
-//   - A reactor starts with its notifications on. It passes the key on by value; the notification's own ends with it.
+//   - A reactor starts with its notifications on, keeps its notifier alive while it is bound, and is not told of what was
+//     there before. It passes the key on by value; the pointer to it ends with `onAttribute`.
 //     Where the state machine has something to do whenever the reactor is bound, it does it after `notifierIs`.
 //   - The destructor of a state machine calls `moxDoZombieReactors(true)` first, so that nothing is delivered to a
 //     half-destroyed object; it does not change what the state machine published.
@@ -92,7 +93,7 @@ class Reactor : public Base, private AllocationTrack<Self> {
 template <class Self>
 class StateMachine : public Notifier {
  public:
-  /// False until `handleInitialized` has run; each handler tests it, and returns at once before.
+  /// False until `handleInitialized` has run; a handler that relies on it returns at once before.
   [[nodiscard]] bool initialized() const noexcept { return initialized_; }
   void initializedIs(bool value) noexcept { initialized_ = value; }
 

@@ -17,7 +17,7 @@ class LibSm;
 namespace detail {
 
 /// Stands for a handler or a run under way.
-class Busy {
+class MOX_PUBLIC Busy {
  public:
   struct State {
     unsigned depth = 0;

@@ -3,7 +3,8 @@
 // It watches the published state and the forced ports, and keeps a TopoSm per topology, which keeps a VlanPortMapping per
 // port; those write the view. Nothing is built before `initDone` of the LibState is true; then a full pass builds every
 // topology, and `initDone` of the LibVlanState turns true. Over a LibState that is done already the view is complete when
-// the constructor returns. A view that is released inside a notification finishes what it is at. Destroying the state machine leaves the view as it stands.
+// the constructor returns. Destroying the state machine leaves the view as it stands; one that is released inside a
+// notification finishes first what it is at.
 
 #pragma once
 

@@ -86,6 +86,8 @@ using Actions = std::vector<Action>;
       {expandVlan(20, 0), remakeVlan(20)},
       {deleteVlan(20), makeVlan(20), expandVlan(10, 20), mapVlan(20, "C")},
       {deleteVlan(20), expandVlan(10, 20), mapVlan(20, "A"), makeVlan(20)},
+      {deleteVlan(20), expandVlan(10, 40), mapVlan(10, "C")},
+      {deleteVlan(20), makeVlan(20), expandVlan(10, 40), mapVlan(10, "C")},
   };
 }
 
