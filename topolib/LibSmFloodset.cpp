@@ -132,11 +132,11 @@ void LibSm::withdrawExpansion(Bridging::VlanId vid, const Mox::String& topoName,
 void LibSm::withdrawInherited(Bridging::VlanId vid, const Mox::String& topoName) {
   const Mox::Ptr<Topo> topo = libState_->topo(topoName);
   if (!topo) return;
-  const bool isRegistered = hasVlanMappedToTopo(topoName, vid);
   for (const auto& [intf, port] : std::as_const(*topo).port()) {
     if (isRetired() || !isPublished(*topo)) return;
-    if (port.vlanPortConfig(vid) == nullptr || (isRegistered && hasOwnEntry(vid, intf))) continue;
-    disinheritEntry(topo, vid, intf);
+    // Asked for each port: a reader may have let the backlog come to the VLAN meanwhile.
+    const bool isOwn = hasVlanMappedToTopo(topoName, vid) && hasOwnEntry(vid, intf);
+    if (port.vlanPortConfig(vid) != nullptr && !isOwn) disinheritEntry(topo, vid, intf);
   }
 }
 
@@ -152,13 +152,16 @@ void LibSm::dropStaleExpansion(Bridging::VlanId vid) {
 }
 
 /// What it inherited in the topology with which it is registered is left to the visit that removes the VLAN from there.
-void LibSm::dropExpansion(Bridging::VlanId vid) {
+/// When this had to wait for other expansions, that visit may be over.
+void LibSm::dropExpansion(Bridging::VlanId vid, bool hadToWait) {
   if (isRetired()) return;
   const Mox::String* const recorded = vidToExpandedTopoMap(vid);
   const Mox::String topoName = recorded == nullptr ? Mox::String() : *recorded;
   const bool wasApplied = recorded != nullptr;
   unlinkExpansion(vid);
-  if (wasApplied && !hasVlanMappedToTopo(topoName, vid)) withdrawInherited(vid, topoName);
+  const DirtyVlan* const dv = dirtyVlanDir_->dirtyVlan(vid);
+  const bool isVisitToCome = !hadToWait || (dv != nullptr && dv->dirty());
+  if (wasApplied && !(isVisitToCome && hasVlanMappedToTopo(topoName, vid))) withdrawInherited(vid, topoName);
 }
 
 /// Takes a VLAN out of the three maps; returns the VLANs that it expanded into.

@@ -75,7 +75,7 @@ void LibSm::doVlanUnmapped(Bridging::VlanId vid) {
   TOPOLIB_TRACE(2) << name_ << ": deleting VlanConfigSm for vlan " << vid;
   TOPOLIB_MSG("{}: deleting VlanConfigSm for vlan {}", name_, vid);
   vlanConfigSmDel(vid);
-  expanding_.run([this, vid] { dropExpansion(vid); });
+  expanding_.run([this, vid, hadToWait = expanding_.isRunning()] { dropExpansion(vid, hadToWait); });
 }
 
 bool LibSm::skipsInternalVlan(Bridging::VlanId vid) const {

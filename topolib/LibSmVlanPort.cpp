@@ -95,10 +95,14 @@ bool LibSm::hasOwnEntry(Bridging::VlanId vid, Quill::IntfId intf) const {
 
 /// The published port, made if it is absent.
 Mox::Ptr<Port> LibSm::portOf(const Mox::Ptr<Topo>& topo, Quill::IntfId intf) {
-  if (Port* const existing = topo->port(intf)) return existing;
-  TopoConfigSm* const topoSm = isPublished(*topo) ? topoConfigSm(topo->name()) : nullptr;
-  if (topoSm != nullptr) topoSm->unannouncedIs(intf);
-  return topo->portIs(intf);
+  for (;;) {
+    if (Port* const existing = topo->port(intf)) return existing;
+    TopoConfigSm* const topoSm = isPublished(*topo) ? topoConfigSm(topo->name()) : nullptr;
+    if (topoSm != nullptr) topoSm->unannouncedIs(intf);
+    const Mox::Ptr<Port> made = topo->portIs(intf);
+    // Readers that were told of it may have had it filled, emptied and so removed again.
+    if (isRetired() || topo->port(intf) == made.get()) return made;
+  }
 }
 
 /// The published topology to which the configuration gives a VLAN, or null.
@@ -164,6 +168,11 @@ void LibSm::inheritEntry(const Mox::Ptr<Topo>& topo, Bridging::VlanId vid, Quill
                          const Bridging::VlanPortConfig& value) {
   const Mox::Ptr<Port> port = portOf(topo, intf);
   if (isRetired()) return;
+  // A reader that was told of the new port may have given the VLAN an entry of its own, or taken its configuration away.
+  if (bridging().vlanConfig(vid) == nullptr || hasOwnEntry(vid, intf)) {
+    if (port->vlanPortConfig().empty() && topo->port(intf) == port.get()) disinheritEntry(topo, vid, intf);
+    return;
+  }
   TOPOLIB_TRACE(2) << topo->name() << ": Creating/Updating VlanPortConfig for Vlan" << vid << "/" << intf;
   TOPOLIB_MSG("{}: Creating/Updating VlanPortConfig for Vlan{}/{}", topo->name(), vid, intf);
   port->vlanPortConfigIs(vid, value);

@@ -39,7 +39,7 @@ class OneAtATime {
   struct Work {
     Key key;
     bool isAskedAgain = false;
-    [[nodiscard]] friend bool operator==(const Work& work, const Key& key) { return work.key == key; }
+    [[nodiscard]] friend bool operator==(const Work& work, const Key& other) { return work.key == other; }
   };
 
   /// Work starts and ends like a stack: what starts inside ends inside.
