@@ -303,7 +303,9 @@ class MOX_PUBLIC LibSm : public Mox::StateMachine<LibSm> {
   void serveTopo(const Mox::String& name, auto&& work);
 
   // The ports of a VLAN.
+  [[nodiscard]] const Mox::String* mappedTopo(Bridging::VlanId vid) const;
   [[nodiscard]] bool hasOwnEntry(Bridging::VlanId vid, Quill::IntfId intf) const;
+  [[nodiscard]] bool mayInherit(Bridging::VlanId vid, Quill::IntfId intf) const;
   [[nodiscard]] Mox::Ptr<Port> portOf(const Mox::Ptr<Topo>& topo, Quill::IntfId intf);
   void propagateToExpandingVlans(Bridging::VlanId expVid, Quill::IntfId intf, const Mox::String& topoName);
   void withdrawFromExpandingVlans(Bridging::VlanId expVid, Quill::IntfId intf);

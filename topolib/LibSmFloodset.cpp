@@ -20,7 +20,7 @@ void LibSm::handleFloodsetExpandedVlan(Bridging::VlanId vid, Bridging::VlanIdOrN
   TOPOLIB_TRACE(8) << "LibSm::handleFloodsetExpandedVlan vlan:" << vid << " expVlan:" << expVid;
   // Inside an expansion under way the record may be behind: the VLAN's move then waits in front of this change.
   if (const Mox::String* const topoName = vidToExpandedTopoMap(vid); topoName != nullptr && !expanding_.isRunning()) {
-    const Mox::String* const current = config() == nullptr ? nullptr : config()->vidToTopoMap(vid);
+    const Mox::String* const current = mappedTopo(vid);
     TOPOLIB_ASSERT_TEXT(current == nullptr || *current == *topoName,
                         "( !config()->vidToTopoMapHas( vid ) || config()->vidToTopoMap( vid )->name() == topoName ) && "
                         "\"Current topo is not the expanded topo!\"");
@@ -66,7 +66,7 @@ void LibSm::moveExpansion(Bridging::VlanId vid) {
     if (isRetired() || !vlanToExpVlanSetMapHas(vid)) return;
     TOPOLIB_ASSERT_TEXT(!vlanToExpVlanSetMapHas(vid) || !expVlanToVlanSetMapHas(vid),
                         "!vlanToExpVlanSetMapHas( vid ) || !expVlanToVlanSetMapHas( vid )");
-    const Mox::String* const current = config() == nullptr ? nullptr : config()->vidToTopoMap(vid);
+    const Mox::String* const current = mappedTopo(vid);
     const Mox::String* const recorded = vidToExpandedTopoMap(vid);
     if (current != nullptr && recorded != nullptr && *current == *recorded) return;
     const std::optional<Mox::String> left = recorded == nullptr ? std::nullopt : std::optional(*recorded);
@@ -85,29 +85,25 @@ void LibSm::moveExpansion(Bridging::VlanId vid) {
 void LibSm::doExpandVlanTopo(const Mox::String& topoName, Bridging::VlanId vid, Bridging::VlanId expVid) {
   TOPOLIB_ASSERT_INITIALIZED();
   TOPOLIB_TRACE(8) << "LibSm::doExpandVlanTopo topo:" << topoName << " expVlan:" << expVid;
-  if (config() == nullptr || !config()->vidToTopoMapHas(expVid)) return;
   const Mox::Ptr<Topo> topo = libState_->topo(topoName);
   const Mox::Ptr<const Topo> expTopo = topoOfVlan(expVid);
   if (!topo || !expTopo) return;
   for (const auto& [intf, expPort] : expTopo->port()) {
     if (isRetired() || !isPublished(*topo)) return;
     const Bridging::VlanPortConfig* const entry = expPort.vlanPortConfig(expVid);
-    if (entry == nullptr || bridging().vlanConfig(vid) == nullptr || hasOwnEntry(vid, intf)) continue;
-    inheritEntry(topo, vid, intf, Bridging::VlanPortConfig(*entry));
+    if (entry != nullptr && mayInherit(vid, intf)) inheritEntry(topo, vid, intf, Bridging::VlanPortConfig(*entry));
   }
 }
 
 void LibSm::undoExpandVlanTopo(const Mox::String& topoName, Bridging::VlanId vid, Bridging::VlanId expVid) {
   TOPOLIB_ASSERT_INITIALIZED();
   TOPOLIB_TRACE(8) << "LibSm::undoExpandVlanTopo vlan:" << vid << " expVlan:" << expVid;
-  if (config() == nullptr || !config()->vidToTopoMapHas(expVid)) return;
   const Mox::Ptr<Topo> topo = libState_->topo(topoName);
   const Mox::Ptr<const Topo> expTopo = topoOfVlan(expVid);
   if (!topo || !expTopo) return;
   for (const auto& [intf, expPort] : expTopo->port()) {
     if (isRetired() || !isPublished(*topo)) return;
-    if (expPort.vlanPortConfig(expVid) == nullptr) continue;
-    if (bridging().vlanConfig(vid) == nullptr || hasOwnEntry(vid, intf)) continue;
+    if (expPort.vlanPortConfig(expVid) == nullptr || !mayInherit(vid, intf)) continue;
     const Port* const port = std::as_const(*topo).port(intf);
     if (port != nullptr && port->vlanPortConfig(vid) != nullptr) disinheritEntry(topo, vid, intf);
   }

@@ -94,8 +94,13 @@ const Bridging::Config& LibSm::bridging() const {
   return *brConfig();
 }
 
+/// The topology that the configuration gives the VLAN to, or null.
+const Mox::String* LibSm::mappedTopo(Bridging::VlanId vid) const {
+  return config() == nullptr ? nullptr : config()->vidToTopoMap(vid);
+}
+
 Mox::String LibSm::configuredTopo(Bridging::VlanId vid) const {
-  const Mox::String* const name = config() == nullptr ? nullptr : config()->vidToTopoMap(vid);
+  const Mox::String* const name = mappedTopo(vid);
   return name == nullptr ? Mox::String() : *name;
 }
 

@@ -10,6 +10,15 @@
 #include "topolib/detail/Log.h"
 
 namespace Topology::Library {
+namespace {
+
+/// What a published topology, which may be absent, says of a VLAN on a port; null if it says nothing.
+const Bridging::VlanPortConfig* entryOf(const Topo* topo, Bridging::VlanId vid, Quill::IntfId intf) {
+  const Port* const port = topo == nullptr ? nullptr : topo->port(intf);
+  return port == nullptr ? nullptr : port->vlanPortConfig(vid);
+}
+
+}  // namespace
 
 void LibSm::doOnVlanPortConfigAdd(Bridging::VlanId vid, Quill::IntfId intf, const Mox::String& topoName) {
   TOPOLIB_TRACE(8) << "doOnVlanPortConfigAdd" << vid << " intf " << intf << " topoName " << topoName;
@@ -93,6 +102,11 @@ bool LibSm::hasOwnEntry(Bridging::VlanId vid, Quill::IntfId intf) const {
   return vlanConfig != nullptr && vlanConfig->vlanPortConfig(intf) != nullptr;
 }
 
+/// Whether a VLAN takes over an entry of an expanded one: it is configured and has no entry of its own.
+bool LibSm::mayInherit(Bridging::VlanId vid, Quill::IntfId intf) const {
+  return bridging().vlanConfig(vid) != nullptr && !hasOwnEntry(vid, intf);
+}
+
 /// The published port, made if it is absent.
 Mox::Ptr<Port> LibSm::portOf(const Mox::Ptr<Topo>& topo, Quill::IntfId intf) {
   for (;;) {
@@ -107,7 +121,7 @@ Mox::Ptr<Port> LibSm::portOf(const Mox::Ptr<Topo>& topo, Quill::IntfId intf) {
 
 /// The published topology to which the configuration gives a VLAN, or null.
 Mox::Ptr<Topo> LibSm::topoOfVlan(Bridging::VlanId vid) const {
-  const Mox::String* const name = config() == nullptr ? nullptr : config()->vidToTopoMap(vid);
+  const Mox::String* const name = mappedTopo(vid);
   return name == nullptr ? nullptr : libState_->topo(*name);
 }
 
@@ -123,12 +137,10 @@ void LibSm::propagateToExpandingVlans(Bridging::VlanId expVid, Quill::IntfId int
     for (const auto& [vid, present] : expanding->someVlan()) {
       if (isRetired()) return;
       const Topo* const expTopo = std::as_const(*libState_).topo(topoName);
-      const Port* const expPort = expTopo == nullptr ? nullptr : expTopo->port(intf);
-      const Bridging::VlanPortConfig* const entry = expPort == nullptr ? nullptr : expPort->vlanPortConfig(expVid);
+      const Bridging::VlanPortConfig* const entry = entryOf(expTopo, expVid, intf);
       if (entry == nullptr) return;
       const Mox::Ptr<Topo> topo = topoOfVlan(vid);
-      if (!topo || bridging().vlanConfig(vid) == nullptr || hasOwnEntry(vid, intf)) continue;
-      inheritEntry(topo, vid, intf, Bridging::VlanPortConfig(*entry));
+      if (topo && mayInherit(vid, intf)) inheritEntry(topo, vid, intf, Bridging::VlanPortConfig(*entry));
     }
   });
 }
@@ -156,10 +168,10 @@ void LibSm::inheritFromExpandedVlans(Bridging::VlanId vid, Quill::IntfId intf) {
       if (isRetired()) return;
       const Mox::Ptr<Topo> topo = topoOfVlan(vid);
       const Mox::Ptr<const Topo> expTopo = topoOfVlan(expVid);
-      const Port* const expPort = expTopo ? expTopo->port(intf) : nullptr;
-      const Bridging::VlanPortConfig* const entry = expPort == nullptr ? nullptr : expPort->vlanPortConfig(expVid);
-      if (!topo || entry == nullptr || bridging().vlanConfig(vid) == nullptr || hasOwnEntry(vid, intf)) continue;
-      inheritEntry(topo, vid, intf, Bridging::VlanPortConfig(*entry));
+      const Bridging::VlanPortConfig* const entry = entryOf(expTopo.get(), expVid, intf);
+      if (topo && entry != nullptr && mayInherit(vid, intf)) {
+        inheritEntry(topo, vid, intf, Bridging::VlanPortConfig(*entry));
+      }
     }
   });
 }
@@ -169,7 +181,7 @@ void LibSm::inheritEntry(const Mox::Ptr<Topo>& topo, Bridging::VlanId vid, Quill
   const Mox::Ptr<Port> port = portOf(topo, intf);
   if (isRetired()) return;
   // A reader that was told of the new port may have given the VLAN an entry of its own, or taken its configuration away.
-  if (bridging().vlanConfig(vid) == nullptr || hasOwnEntry(vid, intf)) {
+  if (!mayInherit(vid, intf)) {
     if (port->vlanPortConfig().empty() && topo->port(intf) == port.get()) disinheritEntry(topo, vid, intf);
     return;
   }
