@@ -32,20 +32,27 @@ double syncSeconds(const Shape& shape) {
   });
 }
 
-void initialSync(benchmark::State& state, Shape shape) {
-  std::size_t members = 0;
+void initialSync(benchmark::State& state, Shape shape, std::size_t items) {
   for (auto _ : state) {
     state.PauseTiming();
     Switch sw(shape);
-    members = sw.members();
     state.ResumeTiming();
     sw.startLibrary();
     sw.drain();
     state.PauseTiming();
-    sw = Switch({.vlans = 0, .ports = 0});
+    sw.clear();
     state.ResumeTiming();
   }
-  itemsAre(state, members * itemsPerMember);
+  itemsAre(state, items);
+}
+
+void syncItems(benchmark::State& state, Shape shape) {
+  initialSync(state, shape, std::size_t{shape.vlans} * shape.ports * itemsPerMember);
+}
+
+/// Every topology has one VLAN on every port.
+void manyTopologies(benchmark::State& state, unsigned count) {
+  initialSync(state, {.topologies = count, .vlans = count, .ports = 16}, count);
 }
 
 /// The power of the number of members with which the time grows.
@@ -80,7 +87,7 @@ void bytesPerMember(benchmark::State& state) {
     sw.drain();
     const auto members = static_cast<double>(sw.members());
     Mox::Ptr<Topology::Library::LibState> published = sw.state;
-    sw = Switch({.vlans = 0, .ports = 0});
+    sw.clear();
     const Allocations allocations;
     published = nullptr;
     bytes = -static_cast<double>(allocations.bytes()) / members;
@@ -93,30 +100,8 @@ void onePortChange(benchmark::State& state, Shape shape) {
   Switch sw(shape);
   sw.startLibrary();
   sw.drain();
-  const auto vlan = sw.bridging->vlanConfigIs(shape.vlans / 2);
-  const Quill::IntfId intf = sw.intfs[shape.ports / 2];
-  for (auto _ : state) {
-    vlan->vlanPortConfigDel(intf);
-    sw.drain();
-    vlan->vlanPortConfigIs(intf, {});
-    sw.drain();
-  }
+  for (auto _ : state) sw.changeOnePort();
   itemsAre(state, 2);
-}
-
-/// Every topology has one VLAN on every port.
-void manyTopologies(benchmark::State& state, unsigned count) {
-  for (auto _ : state) {
-    state.PauseTiming();
-    Switch sw({.topologies = count, .vlans = count, .ports = 16});
-    state.ResumeTiming();
-    sw.startLibrary();
-    sw.drain();
-    state.PauseTiming();
-    sw = Switch({.vlans = 0, .ports = 0});
-    state.ResumeTiming();
-  }
-  itemsAre(state, count);
 }
 
 /// A VLAN goes from one topology to another and back.
@@ -145,7 +130,7 @@ void topologyDeleted(benchmark::State& state, unsigned vlans) {
     sw.config->topoConfigDel(Switch::topoName(0));
     sw.drain();
     state.PauseTiming();
-    sw = Switch({.vlans = 0, .ports = 0});
+    sw.clear();
     state.ResumeTiming();
   }
   itemsAre(state, std::size_t{vlans} * ports);
@@ -155,12 +140,12 @@ void topologyDeleted(benchmark::State& state, unsigned vlans) {
 
 void addLibrary(Targets& targets) {
   const std::string floor = std::string("BuildState/") + stdUnordered;
-  add("Library/item/Mox", initialSync, Shape{.topologies = 1, .vlans = 4094, .ports = 256})->Iterations(1);
+  add("Library/item/Mox", syncItems, Shape{.topologies = 1, .vlans = 4094, .ports = 256})->Iterations(1);
   targets.ratio("backlog work item", "Library/item/Mox", floor, 2.0, stdUnordered);
   targets.compare("backlog work item", "Library/item/Mox", "BuildState/direct arrays", "direct arrays");
 
-  add("Library/sync/2.1M/Mox", initialSync, large)->Iterations(1)->Repetitions(3);
-  add("Library/sync/64k/Mox", initialSync, small)->Iterations(4)->Repetitions(3);
+  add("Library/sync/2.1M/Mox", syncItems, large)->Iterations(1)->Repetitions(3);
+  add("Library/sync/64k/Mox", syncItems, small)->Iterations(4)->Repetitions(3);
   add("Library/growth/Mox", syncGrowth)->Iterations(1)->Repetitions(3);
   add("Library/longestRun/Mox", longestRun)->Iterations(1)->Repetitions(3);
   add("Library/bytes/Mox", bytesPerMember)->Iterations(1)->Repetitions(1);

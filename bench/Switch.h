@@ -63,6 +63,18 @@ class Switch {
   void startPublisher() { root->topologyStatusLibSmIs(instance, state, config, interfaces); }
   void startView() { viewSm = Topology::Library::Vlan::vlanLibSmFactory(state, view); }
 
+  /// A port leaves a VLAN and comes back, each of which is worked off.
+  void changeOnePort() {
+    const auto vlan = bridging->vlanConfigIs(shape.vlans / 2);
+    const Quill::IntfId intf = intfs[shape.ports / 2];
+    vlan->vlanPortConfigDel(intf);
+    drain();
+    vlan->vlanPortConfigIs(intf, {});
+    drain();
+  }
+  /// Everything ends.
+  void clear() { *this = Switch({.vlans = 0, .ports = 0}); }
+
   /// Rounds of the activity loop until nothing is pending. Returns the longest, in seconds.
   double drain() {
     using Clock = std::chrono::steady_clock;
