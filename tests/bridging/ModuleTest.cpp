@@ -13,21 +13,13 @@
 #include "bridging/TopologyInstStatus.h"
 #include "bridging/TopologyStatus.h"
 #include "mox/Type.h"
+#include "tests/support/ModuleTypes.h"
 
 namespace Bridging {
 namespace {
 
+using Test::attributesOf;
 using Names = std::vector<std::string>;
-
-/// The attributes of an entity type by ascending id, collections with brackets.
-Names attributesOf(const Mox::TypeDesc& type) {
-  Names names;
-  for (const auto& attribute : type.attribute()) {
-    EXPECT_EQ(attribute.id, names.size()) << type.name() << ' ' << attribute.name;
-    names.push_back(std::string(attribute.name) + (attribute.isCollection ? "[]" : ""));
-  }
-  return names;
-}
 
 TEST(BridgingModule, listsItsEntitiesWithTheirAttributes) {
   const Mox::ModuleDesc* const module = Mox::moxModule("Bridging");

@@ -54,6 +54,16 @@ class Agent {
     if (auto* const topoStatus = status->topoStatus(name)) topoStatus->topoPortStatusIs(intf);
     if (auto* const topoStatus = statusInst->topoStatus(name)) topoStatus->topoPortStatusIs(intf, 0);
   }
+  /// Topologies A and B, each with Ethernet1 and Ethernet2, whose links are up.
+  void twoTopologiesIs() {
+    for (const char* const topo : {"A", "B"}) {
+      topoIs(topo);
+      topoPortIs(topo, "Ethernet1");
+      topoPortIs(topo, "Ethernet2");
+    }
+    linkIs("Ethernet1");
+    linkIs("Ethernet2");
+  }
   void linkIs(const std::string& intf, Interface::LinkStatus link = Interface::LinkStatus::up) {
     intfDir->intfStatusIs(intf)->linkStatusIs(link);
   }

@@ -32,13 +32,7 @@ const VlanPortConfig egress{AllowedTrafficDirection::egress};
 class LibSmFloodsetPort : public testing::Test {
  protected:
   LibSmFloodsetPort() {
-    for (const char* const topo : {"A", "B"}) {
-      agent.topoIs(topo);
-      agent.topoPortIs(topo, "Ethernet1");
-      agent.topoPortIs(topo, "Ethernet2");
-    }
-    agent.linkIs("Ethernet1");
-    agent.linkIs("Ethernet2");
+    agent.twoTopologiesIs();
     agent.vlanIs(10, "A");
     agent.vlanIs(20, "B");
     agent.brConfig->vlanConfigIs(10);

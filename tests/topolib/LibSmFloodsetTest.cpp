@@ -33,13 +33,7 @@ const VlanPortConfig egress{AllowedTrafficDirection::egress};
 class LibSmFloodset : public testing::Test {
  protected:
   LibSmFloodset() {
-    for (const char* const topo : {"A", "B"}) {
-      agent.topoIs(topo);
-      agent.topoPortIs(topo, "Ethernet1");
-      agent.topoPortIs(topo, "Ethernet2");
-    }
-    agent.linkIs("Ethernet1");
-    agent.linkIs("Ethernet2");
+    agent.twoTopologiesIs();
     agent.vlanIs(10, "A");
     agent.vlanIs(11, "A");
     agent.vlanIs(20, "B");

@@ -15,21 +15,11 @@ namespace {
 
 using Test::inst;
 using Test::instNotified;
+using Test::Running;
 using Test::Start;
 using Test::StateLog;
-using Test::Switch;
 using Lines = std::vector<std::pair<unsigned, std::string>>;
 using Texts = std::vector<std::string>;
-
-/// Started, with everything processed.
-class Running : public Switch {
- public:
-  explicit Running(const Start& how = inst) : Switch(how) {
-    startLibrary();
-    drain();
-  }
-  [[nodiscard]] Mox::Ptr<TopoConfigSm> topoSm() const { return libSm->topoConfigSm("A"); }
-};
 
 TEST(LibSmInstStatus, thatIsReplacedIsFollowed) {
   for (const Start& how : {inst, instNotified}) {

@@ -15,9 +15,9 @@ namespace Topology::Library {
 namespace {
 
 using Test::assertionReport;
-using Test::inst;
 using Test::instNotified;
 using Test::Recorder;
+using Test::Running;
 using Test::Start;
 using Test::Switch;
 using Test::textOf;
@@ -26,16 +26,6 @@ using Texts = std::vector<std::string>;
 
 const std::string notInitialized = "initialized() && \"Did you forget to set ethIntfStatusDir?\"";
 constexpr std::uint32_t lifeLevels = Mox::traceLevel(2) | Mox::traceLevel(3);
-
-/// Started, with everything processed.
-class Running : public Switch {
- public:
-  explicit Running(const Start& how = inst) : Switch(how) {
-    startLibrary();
-    drain();
-  }
-  [[nodiscard]] Mox::Ptr<TopoConfigSm> topoSm() const { return libSm->topoConfigSm("A"); }
-};
 
 TEST(LibSmTopoTrace, ofATopologyThatComes) {
   Running agent;

@@ -33,13 +33,7 @@ const VlanPortConfig egress{AllowedTrafficDirection::egress};
 class LibSmVlanPort : public testing::Test {
  protected:
   LibSmVlanPort() {
-    for (const char* const topo : {"A", "B"}) {
-      agent.topoIs(topo);
-      agent.topoPortIs(topo, "Ethernet1");
-      agent.topoPortIs(topo, "Ethernet2");
-    }
-    agent.linkIs("Ethernet1");
-    agent.linkIs("Ethernet2");
+    agent.twoTopologiesIs();
     for (const unsigned vid : {10U, 20U}) {
       agent.vlanIs(vid, "A");
       agent.brConfig->vlanConfigIs(vid);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "mox/Type.h"
+#include "tests/support/ModuleTypes.h"
 #include "topolib/DirtyVlanDir.h"
 #include "topolib/LibState.h"
 #include "topolib/TopoLibCodefState.h"
@@ -18,17 +19,8 @@
 namespace Topology::Library {
 namespace {
 
+using Test::attributesOf;
 using Names = std::vector<std::string>;
-
-/// The attributes of an entity type by ascending id, collections with brackets.
-Names attributesOf(const Mox::TypeDesc& type) {
-  Names names;
-  for (const auto& attribute : type.attribute()) {
-    EXPECT_EQ(attribute.id, names.size()) << type.name() << ' ' << attribute.name;
-    names.push_back(std::string(attribute.name) + (attribute.isCollection ? "[]" : ""));
-  }
-  return names;
-}
 
 TEST(TopoLibModule, isListedBesideThoseBelow) {
   const std::vector<std::string> modules = Mox::moxModules();

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/Recorder.h"
+#include "tests/support/ChangeLog.h"
 #include "tests/topolib/Observed.h"
 #include "topolib/Root.h"
 
@@ -73,10 +73,8 @@ class Publisher {
 
 /// Writes down every change of an instance status and of the port configurations, in the order in which a reader is told:
 /// "+A", "-A", "A +Ethernet1", "A -Ethernet1", "A config +Ethernet1", "A config -Ethernet1".
-class StatusLog {
+class StatusLog : public ChangeLog {
  public:
-  using Action = std::function<void(const std::string& line)>;
-
   StatusLog(const Mox::Ptr<Bridging::Topology::Inst::Status>& status,
             const Mox::Ptr<Bridging::Topology::Config>& config)
       : status_(status), config_(config) {
@@ -98,33 +96,8 @@ class StatusLog {
     for (const auto& [name, topo] : config_->topoConfig()) watchConfig(topo);
   }
   explicit StatusLog(const Publisher& publisher) : StatusLog(publisher.status, publisher.config) {}
-  StatusLog(const StatusLog&) = delete;
-  StatusLog& operator=(const StatusLog&) = delete;
-  ~StatusLog() = default;
-
-  void actionIs(Action action) { action_ = std::move(action); }
-  /// Does something once, at the first line of this text.
-  void onceAt(const std::string& text, std::function<void()> act) {
-    actionIs([this, text, act = std::move(act)](const std::string& line) {
-      if (line != text) return;
-      const std::function<void()> once = act;
-      actionIs({});
-      once();
-    });
-  }
-  void clear() { lines.clear(); }
-
-  std::vector<std::string> lines;
 
  private:
-  void write(const std::string& line) {
-    lines.push_back(line);
-    const Action act = action_;
-    if (act) act(line);
-  }
-  void watch(const Mox::PtrInterface& notifier, Recorder::Action action) {
-    recorders_.push_back(std::make_unique<Recorder>(&notifier, std::move(action)));
-  }
   void watchStatus(const Bridging::Topology::Inst::TopoStatus& topo) {
     watch(topo, [this, &topo](Mox::AttributeId id, const void* key) {
       const auto* const intf = Bridging::Topology::Inst::TopoStatus::topoPortStatusAttr.keyOf(id, key);
@@ -141,8 +114,6 @@ class StatusLog {
 
   Mox::Ptr<Bridging::Topology::Inst::Status> status_;
   Mox::Ptr<Bridging::Topology::Config> config_;
-  Action action_;
-  std::vector<std::unique_ptr<Recorder>> recorders_;
 };
 
 }  // namespace Test

@@ -2,14 +2,9 @@
 
 #pragma once
 
-#include <algorithm>
-#include <functional>
-#include <memory>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include "tests/support/Recorder.h"
+#include "tests/support/ChangeLog.h"
 #include "tests/topolib/Observed.h"
 #include "topolib/LibState.h"
 
@@ -18,53 +13,19 @@ namespace Test {
 /// A line per change: "+A" and "-A" for a topology, "+A/Ethernet1" and "-A/Ethernet1" for a port, "A/Ethernet1 10" and
 /// "A/Ethernet1 no 10" for an entry of a VLAN, "A/Ethernet1 active" or "inactive", "A/Ethernet1 state forwarding",
 /// "A/Ethernet1 flush 7", and "initDone". After each line it does what the test asks for.
-class StateLog {
+class StateLog : public ChangeLog {
  public:
-  using Action = std::function<void(const std::string& line)>;
-
   explicit StateLog(const Mox::Ptr<Topology::Library::LibState>& state, Action action = {})
-      : state_(state), action_(std::move(action)) {
+      : ChangeLog(std::move(action)), state_(state) {
     using Topology::Library::LibState;
-    watch(state, [this](Mox::AttributeId id, const void* key) {
+    watch(*state, [this](Mox::AttributeId id, const void* key) {
       if (LibState::initDoneAttr.is(id)) write("initDone");
       if (const auto* name = LibState::topoAttr.keyOf(id, key)) topoChanged(*name);
     });
     for (const auto& [name, topo] : state_->topo()) watchTopo(name);
   }
-  StateLog(const StateLog&) = delete;
-  StateLog& operator=(const StateLog&) = delete;
-  ~StateLog() = default;
-
-  void actionIs(Action action) { action_ = std::move(action); }
-  /// Does something once, at the first line of this text.
-  void onceAt(const std::string& text, std::function<void()> act) {
-    actionIs([this, text, act = std::move(act)](const std::string& line) {
-      if (line != text) return;
-      const std::function<void()> once = act;
-      actionIs({});
-      once();
-    });
-  }
-  void clear() { lines.clear(); }
-  [[nodiscard]] bool has(const std::string& line) const {
-    return std::find(lines.begin(), lines.end(), line) != lines.end();
-  }
-
-  std::vector<std::string> lines;
 
  private:
-  void write(const std::string& line) {
-    lines.push_back(line);
-    const Action act = action_;
-    if (act) act(line);
-  }
-  void watch(const Mox::PtrInterface* notifier, Recorder::Action action) {
-    recorders_.push_back(std::make_unique<Recorder>(notifier, std::move(action)));
-  }
-  void watch(const Mox::Ptr<Topology::Library::LibState>& notifier, Recorder::Action action) {
-    watch(notifier.get(), std::move(action));
-  }
-
   void topoChanged(const Mox::String& name) {
     const bool isThere = state_->topo(name) != nullptr;
     if (isThere) watchTopo(name);
@@ -73,7 +34,7 @@ class StateLog {
   void watchTopo(const Mox::String& name) {
     using Topology::Library::Topo;
     const Topo* const topo = state_->topo(name);
-    watch(topo, [this, topo, name](Mox::AttributeId id, const void* key) {
+    watch(*topo, [this, topo, name](Mox::AttributeId id, const void* key) {
       const auto* intf = Topo::portAttr.keyOf(id, key);
       if (intf == nullptr) return;
       const Quill::IntfId changed = *intf;
@@ -85,7 +46,7 @@ class StateLog {
   }
   void watchPort(const Topology::Library::Port& port, const Mox::String& name) {
     using Topology::Library::Port;
-    watch(&port, [this, &port, prefix = textOf(name, "/", port.intf(), " ")](Mox::AttributeId id, const void* key) {
+    watch(port, [this, &port, prefix = textOf(name, "/", port.intf(), " ")](Mox::AttributeId id, const void* key) {
       if (const auto* vid = Port::vlanPortConfigAttr.keyOf(id, key)) {
         write(textOf(prefix, port.vlanPortConfig(*vid) == nullptr ? "no " : "", *vid));
       }
@@ -96,8 +57,6 @@ class StateLog {
   }
 
   Mox::Ptr<Topology::Library::LibState> state_;
-  Action action_;
-  std::vector<std::unique_ptr<Recorder>> recorders_;
 };
 
 }  // namespace Test

@@ -2,9 +2,11 @@
 
 #pragma once
 
+#include <cstddef>
 #include <utility>
 
 #include "tests/topolib/Agent.h"
+#include "tests/topolib/StateLog.h"
 
 namespace Test {
 
@@ -18,6 +20,13 @@ class Switch : public Agent {
     vlanIs(10, "A");
     memberIs(10, "Ethernet1");
   }
+  /// Starts, with everything processed; returns how many changes a reader was told of.
+  std::size_t startCountingChanges() {
+    const StateLog log(state);
+    startLibrary();
+    drain();
+    return log.lines.size();
+  }
   /// Starts with the plain status, but without the directory of interface statuses.
   void startWaiting() {
     libSm = root->doStartLibSm("libSm", config, status, nullptr, brConfig, state, start.mode, start.ignoreInternalVlan,
@@ -29,5 +38,15 @@ class Switch : public Agent {
 inline const Start inst{.status = Start::Status::instance};
 inline const Start instAtOnce{.status = Start::Status::instance, .deferProcessing = false};
 inline const Start instNotified{.status = Start::Status::instance, .mode = Topology::Library::LibSmMode::notifyStatus};
+
+/// Started, with everything processed.
+class Running : public Switch {
+ public:
+  explicit Running(const Start& how = inst) : Switch(how) {
+    startLibrary();
+    drain();
+  }
+  [[nodiscard]] Mox::Ptr<Topology::Library::TopoConfigSm> topoSm() const { return libSm->topoConfigSm("A"); }
+};
 
 }  // namespace Test

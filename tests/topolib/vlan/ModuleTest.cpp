@@ -9,22 +9,14 @@
 #include <vector>
 
 #include "mox/Type.h"
+#include "tests/support/ModuleTypes.h"
 #include "topolib/vlan/TopoLibVlan.h"
 
 namespace Topology::Library::Vlan {
 namespace {
 
+using Test::attributesOf;
 using Names = std::vector<std::string>;
-
-/// The attributes of an entity type by ascending id, collections with brackets.
-Names attributesOf(const Mox::TypeDesc& type) {
-  Names names;
-  for (const auto& attribute : type.attribute()) {
-    EXPECT_EQ(attribute.id, names.size()) << type.name() << ' ' << attribute.name;
-    names.push_back(std::string(attribute.name) + (attribute.isCollection ? "[]" : ""));
-  }
-  return names;
-}
 
 TEST(TopoLibVlanModule, isListedBesideTheOneBelow) {
   // The library registers itself when it is loaded, which takes that something of it is used.

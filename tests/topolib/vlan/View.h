@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/Recorder.h"
+#include "tests/support/ChangeLog.h"
 #include "tests/topolib/Observed.h"
 #include "topolib/vlan/TopoLibVlan.h"
 
@@ -73,10 +73,8 @@ class View {
 /// Writes down every change of a view, in the order in which a reader is told: "+10", "-10", "10 +Ethernet1",
 /// "10 -Ethernet1", "10/Ethernet1 +A", "10/Ethernet1 -A", "10/Ethernet1 blocked", "10/Ethernet1 open",
 /// "10/Ethernet1 egress" and "initDone".
-class ViewLog {
+class ViewLog : public ChangeLog {
  public:
-  using Action = std::function<void(const std::string& line)>;
-
   explicit ViewLog(const Mox::Ptr<Topology::Library::Vlan::LibVlanState>& view) : view_(view) {
     watch(*view_, [this](Mox::AttributeId id, const void* key) {
       if (LibVlanState::initDoneAttr.is(id)) write("initDone");
@@ -89,37 +87,12 @@ class ViewLog {
     for (const auto& [vid, vlan] : view_->topoVlan()) watchVlan(vlan);
   }
   explicit ViewLog(const View& agent) : ViewLog(agent.view) {}
-  ViewLog(const ViewLog&) = delete;
-  ViewLog& operator=(const ViewLog&) = delete;
-  ~ViewLog() = default;
-
-  void actionIs(Action action) { action_ = std::move(action); }
-  /// Does something once, at the first line of this text.
-  void onceAt(const std::string& text, std::function<void()> act) {
-    actionIs([this, text, act = std::move(act)](const std::string& line) {
-      if (line != text) return;
-      const std::function<void()> once = act;
-      actionIs({});
-      once();
-    });
-  }
-  void clear() { lines.clear(); }
-
-  std::vector<std::string> lines;
 
  private:
   using LibVlanState = Topology::Library::Vlan::LibVlanState;
   using TopoVlan = Topology::Library::Vlan::TopoVlan;
   using Port = Topology::Library::Vlan::Port;
 
-  void write(const std::string& line) {
-    lines.push_back(line);
-    const Action act = action_;
-    if (act) act(line);
-  }
-  void watch(const Mox::PtrInterface& notifier, Recorder::Action action) {
-    recorders_.push_back(std::make_unique<Recorder>(&notifier, std::move(action)));
-  }
   void watchVlan(const TopoVlan& vlan) {
     watch(vlan, [this, &vlan](Mox::AttributeId id, const void* key) {
       const auto* const intf = TopoVlan::topoPortAttr.keyOf(id, key);
@@ -141,8 +114,6 @@ class ViewLog {
   }
 
   Mox::Ptr<LibVlanState> view_;
-  Action action_;
-  std::vector<std::unique_ptr<Recorder>> recorders_;
 };
 
 }  // namespace Test
