@@ -240,15 +240,17 @@ class HashMap {
     auto* const newSlots = static_cast<Slot*>(::operator new(bytes(newEnd)));
     auto* const newBitmap = reinterpret_cast<std::uint64_t*>(newSlots + newEnd + 1);
     std::fill_n(newBitmap, words(newEnd), 0);
+    for (std::size_t i = 0; i <= newEnd; ++i) newSlots[i].setFree();
     std::size_t next = 0;
-    for (std::size_t i = occupiedFrom(0); i < end_; i = occupiedFrom(i + 1)) {
-      const std::size_t bucket = slots_[i].hash() >> (64 - bits);
-      while (next < bucket) newSlots[next++].setFree();
-      detail::relocate(newSlots + next, slots_ + i, 1);
-      newBitmap[next / 64] |= std::uint64_t{1} << (next % 64);
-      ++next;
+    for (std::size_t word = 0; word * 64 < end_; ++word) {
+      for (std::uint64_t rest = bitmap()[word]; rest != 0; rest &= rest - 1) {
+        Slot* const slot = slots_ + word * 64 + std::countr_zero(rest);
+        next = std::max<std::size_t>(next, slot->hash() >> (64 - bits));
+        detail::relocate(newSlots + next, slot, 1);
+        newBitmap[next / 64] |= std::uint64_t{1} << (next % 64);
+        ++next;
+      }
     }
-    while (next <= newEnd) newSlots[next++].setFree();
     ::operator delete(std::exchange(slots_, newSlots));
     end_ = static_cast<std::uint32_t>(newEnd);
     shift_ = 64 - bits;
