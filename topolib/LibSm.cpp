@@ -81,7 +81,7 @@ void LibSm::handleInitialized() {
   detail::FirstException thrown;
   if (const Mox::Ptr<const Bridging::Topology::Config> configured = config()) {
     for (const auto& [topoName, topoConfig] : configured->topoConfig()) {
-      thrown.collect([&] { handleTopoConfigOrStatus(topoName); });
+      thrown.collect([this, &name = topoName] { handleTopoConfigOrStatus(name); });
       if (isRetired()) break;
     }
   }

@@ -100,7 +100,7 @@ void LibSm::withdrawTopo(const Mox::String& name) {
   for (const auto& [vid, isMapped] : mapped->vlan()) {
     TOPOLIB_TRACE(3) << "there are vlanConfigSms, marking vlans dirty " << vid;
     TOPOLIB_MSG("there are vlanConfigSms, marking vlans dirty {}", vid);
-    thrown.collect([&] { doOnVlanPortUpdate(vid, {}); });
+    thrown.collect([this, vid = vid] { doOnVlanPortUpdate(vid, {}); });
     if (isRetired()) break;
   }
   thrown.rethrow();
@@ -112,7 +112,7 @@ void LibSm::markVlansOfTopo(const Mox::String& name) {
   detail::FirstException thrown;
   for (const Bridging::VlanId vid : config()->vlansOfTopo(name)) {
     if (isRetired()) break;
-    if (configuredTopo(vid) == name) thrown.collect([&] { doOnVlanPortUpdate(vid, {}); });
+    if (configuredTopo(vid) == name) thrown.collect([this, vid = vid] { doOnVlanPortUpdate(vid, {}); });
   }
   thrown.rethrow();
 }

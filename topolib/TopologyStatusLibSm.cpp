@@ -70,11 +70,11 @@ void TopologyStatusLibSm::handleTopo() {
   const Mox::Ptr<TopologyStatusLibSm> self(this);
   detail::FirstException thrown;
   for (const auto& [name, sm] : topoSm_) {
-    if (libState_->topo(name) == nullptr) thrown.collect([&] { handleTopo(name); });
+    if (libState_->topo(name) == nullptr) thrown.collect([this, &name = name] { handleTopo(name); });
   }
   for (const auto& [name, topo] : libState_->topo()) {
     // One whose configuration is gone already is being withdrawn, and its removal will be notified.
-    if (topoConfigOf(name) != nullptr) thrown.collect([&] { handleTopo(name); });
+    if (topoConfigOf(name) != nullptr) thrown.collect([this, &name = name] { handleTopo(name); });
   }
   thrown.collect([this] { removeStaleStatuses(); });
   thrown.rethrow();
@@ -86,9 +86,9 @@ void TopologyStatusLibSm::removeStaleStatuses() {
     if (isRetired()) break;
     if (topoConfigOf(name) == nullptr) {
       TOPOLIB_TRACE(7) << "Deleting TopoStatus because no TopoConfig found";
-      thrown.collect([&] { status_->topoStatusDel(name); });
+      thrown.collect([this, &name = name] { status_->topoStatusDel(name); });
     } else {
-      thrown.collect([&] { removeStalePorts(status_->topoStatus(name)); });
+      thrown.collect([this, &name = name] { removeStalePorts(status_->topoStatus(name)); });
     }
   }
   thrown.rethrow();
@@ -139,7 +139,7 @@ void TopologyStatusLibSm::withdrawTopo(const Mox::String& name) {
   TOPOLIB_TRACE(7) << name << ": Topo object deleted, deleting Topology Status";
   TOPOLIB_MSG("{}: Topo object deleted, deleting Topology Status", name);
   detail::FirstException thrown;
-  thrown.collect([&] { status_->topoStatusDel(name); });
+  thrown.collect([this, &name = name] { status_->topoStatusDel(name); });
   if (!isRetired()) thrown.collect([&] { topoSmDel(name); });
   thrown.rethrow();
 }

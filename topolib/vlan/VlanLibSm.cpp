@@ -54,10 +54,10 @@ void VlanLibSm::handleTopoLibTopo() {
   const Mox::Ptr<const LibState> topoLib = topoLib_;
   Library::detail::FirstException thrown;
   for (const auto& [name, topo] : topoLib->topo()) {
-    thrown.collect([&] { handleTopoLibTopo(name); });
+    thrown.collect([this, &name = name] { handleTopoLibTopo(name); });
   }
   for (const auto& [name, sm] : topoSm_) {
-    thrown.collect([&] { handleTopoLibTopo(name); });
+    thrown.collect([this, &name = name] { handleTopoLibTopo(name); });
   }
   thrown.rethrow();
 }

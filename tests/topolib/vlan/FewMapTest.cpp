@@ -33,11 +33,12 @@ Members membersOf(const Map& map) {
   return members;
 }
 
-Map three() {
-  Map map;
-  for (const int key : {20, 10, 30}) put(map, key, std::to_string(key));
-  return map;
-}
+class Three : public Map {
+ public:
+  Three() {
+    for (const int key : {20, 10, 30}) put(*this, key, std::to_string(key));
+  }
+};
 
 TEST(FewMap, isMadeEmpty) {
   const Map map;
@@ -50,7 +51,7 @@ TEST(FewMap, isMadeEmpty) {
 }
 
 TEST(FewMap, goesInTheOrderOfTheKeys) {
-  EXPECT_EQ(membersOf(three()), (Members{{10, "10"}, {20, "20"}, {30, "30"}}));
+  EXPECT_EQ(membersOf(Three()), (Members{{10, "10"}, {20, "20"}, {30, "30"}}));
   FewMap<Mox::String, int> names;
   std::vector<std::string> seen;
   for (const char* const name : {"b", "a", "longer than what fits into a word", "B"}) {
@@ -62,7 +63,7 @@ TEST(FewMap, goesInTheOrderOfTheKeys) {
 }
 
 TEST(FewMap, findsItsMembersOnly) {
-  const Map map = three();
+  const Three map;
   EXPECT_EQ(map.size(), 3U);
   ASSERT_NE(map.find(20), nullptr);
   EXPECT_EQ(*map.find(20), "20");
@@ -84,7 +85,7 @@ TEST(FewMap, tellsWhetherAnythingChanged) {
 }
 
 TEST(FewMap, handsOutWhatIsTaken) {
-  Map map = three();
+  Three map;
   EXPECT_EQ(map.take(15), std::nullopt);
   EXPECT_EQ(map.take(20), "20");
   EXPECT_EQ(map.take(20), std::nullopt);
@@ -114,7 +115,7 @@ TEST(FewMap, destroysWhatItHolds) {
 // A pass goes on whatever changes under it.
 
 TEST(FewMap, passGoesOnWhenItsMemberGoes) {
-  Map map = three();
+  Three map;
   std::vector<int> seen;
   for (auto i = map.begin(); i; i.advance()) {
     seen.push_back(i.key());
@@ -125,7 +126,7 @@ TEST(FewMap, passGoesOnWhenItsMemberGoes) {
 }
 
 TEST(FewMap, passSkipsWhatIsGoneAndSeesWhatComesAhead) {
-  Map map = three();
+  Three map;
   std::vector<int> seen;
   for (auto i = map.begin(); i; ++i) {
     seen.push_back(i.key());
@@ -138,7 +139,7 @@ TEST(FewMap, passSkipsWhatIsGoneAndSeesWhatComesAhead) {
 }
 
 TEST(FewMap, passEndsWhenAllIsGone) {
-  Map map = three();
+  Three map;
   unsigned count = 0;
   for (auto i = map.begin(); i; i.advance()) {
     ++count;
@@ -148,7 +149,7 @@ TEST(FewMap, passEndsWhenAllIsGone) {
 }
 
 TEST(FewMap, passShowsTheValueThatIsThere) {
-  Map map = three();
+  Three map;
   const auto i = map.begin();
   put(map, 10, "new");
   EXPECT_EQ((*i).key, 10);
