@@ -71,7 +71,7 @@ std::vector<Item> lamps(std::size_t count) {
 
 void addEntityMaps(Targets& targets) {
   const std::string subject = "EntityMap";
-  for (const std::size_t size : {8, 64, 512, 1024}) {
+  for (const std::size_t size : {8UL, 64UL, 512UL, 1024UL}) {
     const std::vector<Quill::IntfId> keys = interfaces(size);
     const std::vector<Item> values = lamps(size);
     const auto addPeer = [&]<class Contender>(std::type_identity<Contender>, const char* name) {
@@ -90,7 +90,7 @@ void addEntityMaps(Targets& targets) {
     double limit;
   };
   for (const Job job : {Job{"hit", 0.7}, Job{"insert", 1.0}, Job{"erase", 1.5}, Job{"walk", 0.8}}) {
-    for (const std::size_t size : {8, 64, 512, 1024}) {
+    for (const std::size_t size : {8UL, 64UL, 512UL, 1024UL}) {
       const std::string what = std::string("entity map, ") + job.name + ", " + std::to_string(size) + " entries";
       const std::string ours = mapJob(subject, job.name, size, "Mox");
       targets.ratio(what, ours, mapJob(subject, job.name, size, boostFlat), job.limit, boostFlat);

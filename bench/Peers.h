@@ -46,11 +46,11 @@ class Peer {
   void erase(Key key) { map_.erase(key); }
   [[nodiscard]] std::uint64_t walk() const {
     std::uint64_t sum = 0;
-    for (const auto& [key, value] : map_) {
-      if constexpr (requires { *value; }) {
-        sum += visit(key, *value);
+    for (const auto& member : map_) {
+      if constexpr (requires { *member.second; }) {
+        sum += visit(member.first, *member.second);
       } else {
-        sum += visit(key, value);
+        sum += visit(member.first, member.second);
       }
     }
     return sum;

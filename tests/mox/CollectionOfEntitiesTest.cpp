@@ -232,7 +232,7 @@ TYPED_TEST(EntityCollections, takesCountedObjectsThatHaveNoParent) {
   objects.insert(this->key(1), makePtr<Numbered>(5U));
   EXPECT_EQ(objects.find(this->key(1))->number(), 5U);
   EXPECT_EQ(objects.take(this->key(1))->number(), 5U);
-  objects.insert(this->key(2), makePtr<Numbered>(6));
+  objects.insert(this->key(2), makePtr<Numbered>(6U));
 }
 
 TYPED_TEST(EntityCollections, isUnchangedWhereMemoryLacks) {

@@ -151,7 +151,7 @@ TYPED_TEST(ValueCollections, endsOverwrittenValueLast) {
 
 TYPED_TEST(ValueCollections, comparesBeforeItOverwrites) {
   typename TestFixture::Pointers pointers;
-  const Ptr<Numbered> object = makePtr<Numbered>(1);
+  const Ptr<Numbered> object = makePtr<Numbered>(1U);
   EXPECT_TRUE(pointers.insertOrAssign(this->key(1), object));
   EXPECT_EQ(object->references(), 2U);
   EXPECT_FALSE(pointers.insertOrAssign(this->key(1), object));
