@@ -76,7 +76,7 @@ class MapJobs {
   void insert(benchmark::State& state) const {
     for (auto _ : state) {
       state.PauseTiming();
-      auto maps = std::make_unique<Contender[]>(mapCount());
+      std::vector<Contender> maps(mapCount());
       std::vector<Value> values = roundValues();
       state.ResumeTiming();
       for (std::size_t i = 0, map = 0; map < mapCount(); ++map) {
@@ -84,7 +84,7 @@ class MapJobs {
       }
       benchmark::ClobberMemory();
       state.PauseTiming();
-      maps.reset();
+      maps.clear();
       state.ResumeTiming();
     }
     itemsAre(state, rounds_.size());
@@ -93,7 +93,7 @@ class MapJobs {
   void erase(benchmark::State& state) const {
     for (auto _ : state) {
       state.PauseTiming();
-      auto maps = std::make_unique<Contender[]>(mapCount());
+      std::vector<Contender> maps(mapCount());
       for (std::size_t map = 0; map < mapCount(); ++map) fill(maps[map]);
       state.ResumeTiming();
       for (std::size_t i = 0, map = 0; map < mapCount(); ++map) {
@@ -101,7 +101,7 @@ class MapJobs {
       }
       benchmark::ClobberMemory();
       state.PauseTiming();
-      maps.reset();
+      maps.clear();
       state.ResumeTiming();
     }
     itemsAre(state, rounds_.size());

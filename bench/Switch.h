@@ -60,7 +60,7 @@ class Switch {
     libSm = root->doStartLibSm("topoLib", config, nullptr, instance, bridging, state,
                                Topology::Library::LibSmMode::createStatus, true, true, "");
   }
-  void startPublisher() { root->topologyStatusLibSmIs(instance, state, config, interfaces); }
+  void startPublisher() const { root->topologyStatusLibSmIs(instance, state, config, interfaces); }
   void startView() { viewSm = Topology::Library::Vlan::vlanLibSmFactory(state, view); }
 
   /// A port leaves a VLAN and comes back, each of which is worked off.
@@ -76,7 +76,7 @@ class Switch {
   void clear() { *this = Switch({.vlans = 0, .ports = 0}); }
 
   /// Rounds of the activity loop until nothing is pending. Returns the longest, in seconds.
-  double drain() {
+  static double drain() {
     using Clock = std::chrono::steady_clock;
     double longest = 0;
     while (Mox::activityManager()->nextDue() <= Mox::System::currentTime()) {

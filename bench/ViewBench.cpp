@@ -12,7 +12,6 @@
 namespace Bench {
 namespace {
 
-using Bridging::VlanId;
 using Interface::LinkStatus;
 
 constexpr Shape trunk{.topologies = 1, .vlans = 4094, .ports = 16};

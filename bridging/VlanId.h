@@ -46,6 +46,7 @@ class VlanId {
   /// Parses a decimal number; a text that is not a number, or one out of range, raises RangeException.
   [[nodiscard]] MOX_PUBLIC static VlanId sequenceToValue(std::string_view text);
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the zero that a comparison compares with for a pointer.
   [[nodiscard]] friend constexpr auto operator<=>(VlanId, VlanId) noexcept = default;
   friend std::ostream& operator<<(std::ostream& out, VlanId vid) { return out << vid.value_; }
 

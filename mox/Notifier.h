@@ -96,7 +96,7 @@ class MOX_PUBLIC Notifier : public PtrInterface {
   template <class T>
   Ptr<T> singleIs(Ptr<T>& stored, const ScalarAttribute& attribute, const String& name) {
     if (stored && stored->name() == name) return stored;
-    const Ptr<T> made = makePtr<T>(name);
+    Ptr<T> made = makePtr<T>(name);
     const Ptr<T> old = std::exchange(stored, made);
     notify(attribute);
     return made;

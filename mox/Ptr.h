@@ -147,6 +147,7 @@ class Ptr {
     if (object_ != nullptr) object_->referencesDec();
   }
 
+  // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): it copies first.
   Ptr& operator=(const Ptr& other) noexcept {
     Ptr(other).swap(*this);
     return *this;

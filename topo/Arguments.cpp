@@ -123,7 +123,7 @@ double takeSeconds(Words& words, std::string_view what) {
 }
 
 bool takeOnOff(Words& words, std::string_view what) {
-  const std::string expected = std::string(what) + ", on or off";
+  const std::string expected = "on or off for " + std::string(what);
   const Word word = words.take(expected);
   if (word != "on" && word != "off") throwUnexpected(expected, word);
   return word == "on";

@@ -34,6 +34,8 @@ class Printer {
     out_ << "Processor:    " << (isColoured ? coloured(text, isIdle ? Colour::green : Colour::yellow) : text);
     if (std::isinf(Loop::nextDue())) {
       out_ << ", no run is due\n";
+    } else if (codef_.timeMin() <= Loop::now()) {
+      out_ << ", the next run is due now\n";
     } else {
       out_ << ", the next run is due at " << codef_.timeMin() << " s\n";
     }

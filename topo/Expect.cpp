@@ -49,12 +49,12 @@ constexpr int maxDepth = 100;
 
 [[nodiscard]] Json parsed(std::string_view text) {
   if (text.empty()) throwUnexpected("a JSON value", std::nullopt);
-  int depth = 0;
-  for (const char c : text) {
-    depth += c == '[' || c == '{' ? 1 : c == ']' || c == '}' ? -1 : 0;
-    if (depth > maxDepth) throw ScenarioError("the JSON value is nested too deeply");
-  }
-  Json json = Json::parse(text, nullptr, false);
+  const auto admit = [](int depth, Json::parse_event_t event, const Json& /*part*/) {
+    const bool isStart = event == Json::parse_event_t::object_start || event == Json::parse_event_t::array_start;
+    if (isStart && depth >= maxDepth) throw ScenarioError("the JSON value is nested too deeply");
+    return true;
+  };
+  Json json = Json::parse(text, admit, false);
   if (json.is_discarded()) {
     throw ScenarioError("expected a JSON value, such as 10, true, \"forwarding\" or [\"A\"], found " +
                         std::string(text));

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "topo/LinuxBridge.h"
+#include "topo/Words.h"
 
 namespace Topo {
 
@@ -46,16 +47,10 @@ using Port = LinuxBridge::Port;
   return readFile(path);
 }
 
-/// A name as a word of a scenario. In quotes only the quote and the backslash have a meaning of their own.
+/// A name as a word of a scenario.
 [[nodiscard]] std::string word(const std::string& name) {
   constexpr std::string_view plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_./:";
-  if (name.find_first_not_of(plain) == std::string::npos) return name;
-  std::string quoted = "\"";
-  for (const char c : name) {
-    if (c == '"' || c == '\\') quoted += '\\';
-    quoted += c;
-  }
-  return quoted + '"';
+  return name.find_first_not_of(plain) == std::string::npos ? name : inQuotes(name);
 }
 
 [[nodiscard]] std::string topologyName(Msti msti) { return "msti" + std::to_string(msti); }

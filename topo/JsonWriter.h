@@ -116,6 +116,7 @@ class JsonWriter {
       Json member = Json::object();
       JsonWriter writer(member, part_, prune_, path_.subspan(std::min<std::size_t>(path_.size(), 2)));
       writer.hasMatched_ = isMatch(key);
+      writer.isWhole_ = isAskedFor(key);
       describe(writer, *collection.find(key));
       if (prune_ != Prune::nothing && !writer.hasMatched_) return;
       hasMatched_ = true;
@@ -159,8 +160,8 @@ class JsonWriter {
     Json array = Json::array();
     for (const K& key : sortedKeys(collection)) {
       if (isMatch(key)) hasMatched_ = true;
-      // What a view's port is in is told whole.
-      if (prune_ == Prune::withoutTopology || admits(key)) array.push_back(keyJson(key));
+      // What a view's port is in is told whole, and so is what stands under the VLAN that is asked for.
+      if (prune_ == Prune::withoutTopology || isWhole_ || admits(key)) array.push_back(keyJson(key));
     }
     return array;
   }
@@ -176,11 +177,16 @@ class JsonWriter {
   [[nodiscard]] bool isMatch(Bridging::VlanId vid) const { return prune_ == Prune::withoutVlan && admits(vid); }
   [[nodiscard]] static bool isMatch(Quill::IntfId /*intf*/) { return false; }
 
+  /// Whether the key is the VLAN that is asked for, given that it is admitted.
+  [[nodiscard]] bool isAskedFor(Bridging::VlanId /*vid*/) const { return part_.vlan.has_value(); }
+  [[nodiscard]] static bool isAskedFor(const auto& /*key*/) { return false; }
+
   Json& out_;
   const Part& part_;
   std::span<const std::string> path_;
   Prune prune_;
   bool hasMatched_ = false;
+  bool isWhole_ = false;
 };
 
 /// An entity as it stands in its document.

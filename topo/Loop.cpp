@@ -62,6 +62,7 @@ void Loop::settle() {
 
 void Loop::tickIs(double seconds) {
   if (!time_) throw ScenarioError("real time has no tick; leave out --real-time");
+  if (seconds > maxTick) throw ScenarioError("a tick is at most 1e9 seconds");
   time_->tickIs(seconds);
 }
 

@@ -23,6 +23,8 @@ class Loop {
     Bridging::VlanIdOrNone vlan;
   };
   static constexpr std::size_t maxSettleRounds = 1'000'000;
+  /// Some thirty years: however often it is added, virtual time stays finite.
+  static constexpr double maxTick = 1e9;
 
   Loop(const Agent& agent, bool isRealTime);
   Loop(const Loop&) = delete;
@@ -39,7 +41,7 @@ class Loop {
   void advance(double seconds);
   /// Dispatches until nothing is armed. An error after `maxSettleRounds`.
   void settle();
-  /// How far each reading of the clock by the library moves it on. An error in real time.
+  /// How far each reading of the clock by the library moves it on. At most `maxTick`. An error in real time.
   void tickIs(double seconds);
 
   /// Whether time passes while the library works: otherwise no slice of its backlog is ever used up.

@@ -137,10 +137,7 @@ void setCommand(Session& session, Words& words) {
 
 void dispatchCommand(Session& session, Words& words) {
   std::uint32_t rounds = 1;
-  if (const std::optional<Word> word = words.next()) {
-    Words number(word->text);
-    rounds = takeNumber(number, "the number of rounds");
-  }
+  if (Words ahead = words; ahead.next()) rounds = takeNumber(words, "the number of rounds");
   words.finish();
   for (std::uint32_t round = 0; round < rounds; ++round) session.loop().dispatch();
 }

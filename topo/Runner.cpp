@@ -27,21 +27,9 @@ bool Runner::runFile(const std::string& file) {
 }
 
 bool Runner::run(std::istream& lines, const std::string& file) {
-  std::string line;
   std::size_t number = 0;
-  while (std::getline(lines, line)) {
-    session_.placeIs(file, ++number);
-    try {
-      session_.execute(line);
-      // Somebody looks on.
-      if (session_.options().isColoured) session_.out().flush();
-    } catch (const ScenarioError& error) {
-      report(file, number, error.what());
-      return false;
-    } catch (const Mox::Exception& error) {
-      report(file, number, error.what());
-      return false;
-    }
+  for (std::string line; std::getline(lines, line);) {
+    if (!runLine(line, file, ++number)) return false;
   }
   if (lines.bad()) {
     report(file, number, "cannot read on");
@@ -50,9 +38,25 @@ bool Runner::run(std::istream& lines, const std::string& file) {
   return true;
 }
 
+bool Runner::runLine(const std::string& text, const std::string& file, std::size_t line) {
+  session_.placeIs(file, line);
+  try {
+    session_.execute(text);
+    // Somebody looks on.
+    if (session_.options().isColoured) session_.out().flush();
+    return true;
+  } catch (const ScenarioError& error) {
+    report(file, line, error.what());
+  } catch (const Mox::Exception& error) {
+    report(file, line, error.what());
+  }
+  return false;
+}
+
 void Runner::report(const std::string& file, std::size_t line, const std::string& text) {
   session_.out().flush();
-  *session_.options().err << file << ':' << line << ": error: " << text << '\n';
+  if (!file.empty()) *session_.options().err << file << ':' << line << ": ";
+  *session_.options().err << "error: " << text << '\n';
 }
 
 int exitStatus(const Session& session) noexcept { return session.failedExpectations() == 0 ? 0 : 1; }

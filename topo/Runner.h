@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <istream>
 #include <string>
 
@@ -20,6 +21,8 @@ class Runner {
   [[nodiscard]] bool runFile(const std::string& file);
   /// Runs what a stream holds; `file` is its name in reports.
   [[nodiscard]] bool run(std::istream& lines, const std::string& file);
+  /// Runs one line. Its report begins with the place, unless `file` is empty: `error: TEXT`.
+  [[nodiscard]] bool runLine(const std::string& text, const std::string& file, std::size_t line);
 
  private:
   void report(const std::string& file, std::size_t line, const std::string& text);

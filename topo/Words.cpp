@@ -83,17 +83,21 @@ void throwUnexpected(std::string_view expected, const std::optional<Word>& found
                       (found ? "'" + found->text + "'" : "the end of the line"));
 }
 
-std::string written(std::string_view text) {
+std::string inQuotes(std::string_view text) {
   std::string quoted = "\"";
   for (const char c : text) {
     if (c == '"' || c == '\\') quoted += '\\';
     quoted += c;
   }
+  return quoted + '"';
+}
+
+std::string written(std::string_view text) {
   // A name such as veth1-2 would be taken for a range of interfaces.
   const std::size_t dash = text.rfind('-');
   const bool isLikeRange = dash != std::string_view::npos && dash != 0 && dash + 1 < text.size();
   const bool isPlain = !text.empty() && !isLikeRange && text.find_first_of(" \t\r\n#\"") == std::string_view::npos;
-  return isPlain ? std::string(text) : quoted + '"';
+  return isPlain ? std::string(text) : inQuotes(text);
 }
 
 }  // namespace Topo

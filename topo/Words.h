@@ -24,7 +24,7 @@ struct Word {
   std::string text;
   bool isQuoted = false;
 
-  [[nodiscard]] friend bool operator==(const Word& word, std::string_view text) noexcept { return word.text == text; }
+  [[nodiscard]] friend bool operator==(const Word& word, std::string_view other) noexcept { return word.text == other; }
 };
 
 class Words {
@@ -54,6 +54,8 @@ class Words {
 /// Raises the error "expected X, found 'word'", or "..., found the end of the line".
 [[noreturn]] void throwUnexpected(std::string_view expected, const std::optional<Word>& found);
 
+/// The text as a word in double quotes, whatever it holds.
+[[nodiscard]] std::string inQuotes(std::string_view text);
 /// A word as it has to be written in a line: in quotes where it would not be read as itself.
 [[nodiscard]] std::string written(std::string_view text);
 

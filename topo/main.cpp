@@ -14,12 +14,21 @@
 #include "topo/LookCommands.h"
 #include "topo/Runner.h"
 #include "topo/ScenarioError.h"
+#include "topo/Shell.h"
 
 namespace {
 
 constexpr const char* version = "topo " TOPO_VERSION;
 
-struct Run {
+constexpr const char* shellNotes =
+    "On a terminal Tab completes, the arrow keys go through the history and Ctrl-R searches it. Ctrl-C discards the\n"
+    "line; while a command runs, it ends the program. exit, quit, and Ctrl-D on an empty line end the shell.\n"
+    "TOPO_HISTORY names the file of the history, else it is ~/.topo_history; an empty name keeps none.\n"
+    "A bad line is reported, and the shell goes on. Where lines do not come from a terminal, the status is 2 after "
+    "one.";
+
+/// What a session is made of.
+struct Play {
   std::vector<std::string> files;
   std::vector<std::string> traces;
   bool isJson = false;
@@ -50,7 +59,8 @@ void traceAsSaid(const std::string& text) {
   }
 }
 
-int run(const Run& how) {
+/// Runs the files; then, if wanted, what is typed.
+int play(const Play& how, bool isShell) {
   try {
     for (const std::string& trace : how.traces) traceAsSaid(trace);
   } catch (const Topo::ScenarioError& error) {
@@ -63,7 +73,16 @@ int run(const Run& how) {
   for (const std::string& file : how.files) {
     if (!runner.runFile(file)) return Topo::badInput;
   }
-  return exitStatus(session);
+  return isShell ? Topo::Shell(session).run() : exitStatus(session);
+}
+
+void addOptions(CLI::App& app, Play& how) {
+  app.add_flag("--json", how.isJson, "show documents as JSON");
+  app.add_option("--trace", how.traces, "trace levels from the start: TopoLib=2,3,8;TopoLibVlan=all")
+      ->type_name("SPEC")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  app.add_flag("--real-time", how.isRealTime, "use the real clock instead of virtual time");
 }
 
 int help(const std::string& command) {
@@ -88,15 +107,15 @@ int main(int argc, char** argv) {
   app.set_version_flag("--version", version);
   app.require_subcommand(1);
 
-  Run how;
+  Play how;
   CLI::App* const runApp = app.add_subcommand("run", "run scenario files in order, in one process");
   runApp->add_option("FILE", how.files, "scenario files; - is standard input")->required();
-  runApp->add_flag("--json", how.isJson, "show documents as JSON");
-  runApp->add_option("--trace", how.traces, "trace levels from the start: TopoLib=2,3,8;TopoLibVlan=all")
-      ->type_name("SPEC")
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  runApp->add_flag("--real-time", how.isRealTime, "use the real clock instead of virtual time");
+  addOptions(*runApp, how);
+
+  CLI::App* const shellApp = app.add_subcommand("shell", "run scenario files, then read commands from the terminal");
+  shellApp->add_option("FILE", how.files, "scenario files to begin with");
+  addOptions(*shellApp, how);
+  shellApp->footer(shellNotes);
 
   std::string directory;
   std::optional<std::string> bridge;
@@ -115,7 +134,7 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : Topo::badInput;
   }
-  if (*runApp) return run(how);
+  if (*runApp || *shellApp) return play(how, shellApp->parsed());
   if (*linuxApp) return Topo::importLinux(directory, bridge, std::cout, std::cerr);
   return help(command);
 }

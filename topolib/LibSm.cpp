@@ -146,7 +146,7 @@ void LibSm::ethIntfStatusDirDel() {
 Mox::Ptr<TopoLibCodef> LibSm::topoLibCodefIs(LibSm* libSm, const Mox::Ptr<DirtyVlanDir>& dirtyVlanDir,
                                              const Mox::Ptr<const Mox::Clock>& clock) {
   if (topoLibCodef_ && topoLibCodef_->isBuiltFrom(libSm, dirtyVlanDir, clock)) return topoLibCodef_;
-  const Mox::Ptr<TopoLibCodef> codef = TopoLibCodef::TopoLibCodefIs(libSm, dirtyVlanDir, clock);
+  Mox::Ptr<TopoLibCodef> codef = TopoLibCodef::TopoLibCodefIs(libSm, dirtyVlanDir, clock);
   codef->hasNotificationActiveIs(true);
   if (topoLibCodef_) topoLibCodef_->moxDoZombieReactors(true);
   scalarIs(topoLibCodef_, codef, topoLibCodefAttr);
@@ -171,7 +171,7 @@ Mox::Ptr<TopoConfigSm> LibSm::topoConfigSmIs(const Mox::Ptr<const Bridging::Topo
     sm->topoInstStatusIs(topoInstStatus);
     return sm;
   }
-  const Mox::Ptr<TopoConfigSm> sm =
+  Mox::Ptr<TopoConfigSm> sm =
       Mox::makePtr<TopoConfigSm>(topoConfig, topoStatus, topoInstStatus, ethIntfStatusDir, this);
   sm->hasNotificationActiveIs(true);
   memberInsert(topoConfigSm_, topoConfigSmAttr, name, sm);
@@ -190,7 +190,7 @@ void LibSm::topoConfigSmDelAll() {
 
 Mox::Ptr<VlanConfigSm> LibSm::vlanConfigSmIs(Bridging::VlanId vid,
                                              const Mox::Ptr<const Bridging::VlanConfig>& vlanConfig) {
-  const Mox::Ptr<VlanConfigSm> sm = memberIs(vlanConfigSm_, vlanConfigSmAttr, vid, vlanConfig, this);
+  Mox::Ptr<VlanConfigSm> sm = memberIs(vlanConfigSm_, vlanConfigSmAttr, vid, vlanConfig, this);
   sm->hasNotificationActiveIs(true);
   if (isRetired()) sm->moxDoZombieReactors(true);
   return sm;

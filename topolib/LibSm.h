@@ -292,6 +292,7 @@ class MOX_PUBLIC LibSm : public Mox::StateMachine<LibSm> {
   void markConfiguredVlans();
   void markEveryVlan();
   void markVlansOfTopo(const Mox::String& name);
+  void recordUpdate(TopoLibCodef& codef, Bridging::VlanId vid, Quill::IntfId intf);
 
   // Topologies.
   struct TopoInputs;

@@ -162,7 +162,7 @@ void LibSm::dropExpansion(Bridging::VlanId vid, bool hadToWait) {
 
 /// Takes a VLAN out of the three maps; returns the VLANs that it expanded into.
 std::vector<Bridging::VlanId> LibSm::unlinkExpansion(Bridging::VlanId vid) {
-  const std::vector<Bridging::VlanId> expanded = expandedVlans(vid);
+  std::vector<Bridging::VlanId> expanded = expandedVlans(vid);
   for (const Bridging::VlanId expVid : expanded) {
     const Mox::Ptr<VlanToVlanSet> inverse = expVlanToVlanSetMap(expVid);
     inverse->someVlanDel(vid);

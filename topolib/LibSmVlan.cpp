@@ -34,21 +34,23 @@ void LibSm::doOnVlanPortUpdate(Bridging::VlanId vid, Quill::IntfId intf) {
   }
   if (!initialized() || isRetired()) return;
   const Mox::Ptr<TopoLibCodef> codef = topoLibCodef_;
-  codef->doMark([&] {
-    const Mox::Ptr<DirtyVlan> dv = dirtyVlanDir_->dirtyVlanIs(vid);
-    if (dv->dirty() || dv->intf(intf) != nullptr) {
-      TOPOLIB_TRACE(4) << "Already marked dirty, nothing to do, returning";
-    } else if (intf.empty() || dirtyVlanPortThreshold_ < dv->intf().size()) {
-      TOPOLIB_TRACE(4) << "doOnVlanPortUpdate: setting dirty to true " << vid;
-      dv->dirtyIs(true);
-      dv->intfDelAll();
-      codef->doScheduleBacklogProcessing();
-    } else {
-      TOPOLIB_TRACE(4) << "doOnVlanPortUpdate: adding intf " << intf << " to vlan " << vid;
-      TOPOLIB_MSG("doOnVlanPortUpdate: adding intf {} to vlan {}", intf, vid);
-      dv->intfIs(intf);
-    }
-  });
+  codef->doMark([&] { recordUpdate(*codef, vid, intf); });
+}
+
+void LibSm::recordUpdate(TopoLibCodef& codef, Bridging::VlanId vid, Quill::IntfId intf) {
+  const Mox::Ptr<DirtyVlan> dv = dirtyVlanDir_->dirtyVlanIs(vid);
+  if (dv->dirty() || dv->intf(intf) != nullptr) {
+    TOPOLIB_TRACE(4) << "Already marked dirty, nothing to do, returning";
+  } else if (intf.empty() || dirtyVlanPortThreshold_ < dv->intf().size()) {
+    TOPOLIB_TRACE(4) << "doOnVlanPortUpdate: setting dirty to true " << vid;
+    dv->dirtyIs(true);
+    dv->intfDelAll();
+    codef.doScheduleBacklogProcessing();
+  } else {
+    TOPOLIB_TRACE(4) << "doOnVlanPortUpdate: adding intf " << intf << " to vlan " << vid;
+    TOPOLIB_MSG("doOnVlanPortUpdate: adding intf {} to vlan {}", intf, vid);
+    dv->intfIs(intf);
+  }
 }
 
 void LibSm::doVlanMapped(Bridging::VlanId vid, const Mox::Ptr<const Bridging::VlanConfig>& vlanConfig) {

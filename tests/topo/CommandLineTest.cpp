@@ -38,7 +38,7 @@ TEST(CommandLine, tellsItsVersion) {
 TEST(CommandLine, helpNamesTheSubcommands) {
   const Outcome outcome = run({"--help"});
   EXPECT_EQ(outcome.status, 0);
-  for (const char* const name : {"run", "import", "help", "--version"}) {
+  for (const char* const name : {"run", "shell", "import", "help", "--version"}) {
     EXPECT_NE(outcome.out.find(name), std::string::npos) << name;
   }
 }

@@ -148,7 +148,7 @@ TEST(TopologyCommand, takesItsOptions) {
     EXPECT_EQ(topologies(std::string("topology A publish-state ") + state)["A"]["publishedPortState"], state);
   }
   EXPECT_EQ(errorOf("topology A publish-ports maybe"),
-            "-:1: error: expected publish-ports, on or off, found 'maybe'\n");
+            "-:1: error: expected on or off for publish-ports, found 'maybe'\n");
 }
 
 TEST(TopologyCommand, aRepeatedLineChangesOnlyWhatItNames) {
@@ -251,7 +251,7 @@ TEST(ForceCommand, setsAndRemovesForcedPorts) {
   const auto forced = [](const std::string& scenario) { return document(scenario, "view")["forceEnabledPorts"]; };
   EXPECT_EQ(forced("force Ethernet1-2 on\nforce Ethernet2 off"), parsed(R"({"Ethernet1":true,"Ethernet2":false})"));
   EXPECT_EQ(forced("force Ethernet1-3 on\nno force Ethernet2-9"), parsed(R"({"Ethernet1":true})"));
-  EXPECT_EQ(errorOf("force Ethernet1"), "-:1: error: expected force, on or off, found the end of the line\n");
+  EXPECT_EQ(errorOf("force Ethernet1"), "-:1: error: expected on or off for force, found the end of the line\n");
 }
 
 }  // namespace

@@ -19,7 +19,6 @@ namespace {
 
 using Test::Agent;
 using Test::Messages;
-using Test::Start;
 using Test::StateLog;
 using Test::TraceLines;
 

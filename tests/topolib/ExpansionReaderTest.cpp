@@ -14,7 +14,6 @@ namespace {
 
 using Test::Action;
 using Test::addPort;
-using Test::Arrangement;
 using Test::deleteVlan;
 using Test::dispatchOnce;
 using Test::expandVlan;

@@ -75,9 +75,8 @@ class Publisher {
 /// "+A", "-A", "A +Ethernet1", "A -Ethernet1", "A config +Ethernet1", "A config -Ethernet1".
 class StatusLog : public ChangeLog {
  public:
-  StatusLog(const Mox::Ptr<Bridging::Topology::Inst::Status>& status,
-            const Mox::Ptr<Bridging::Topology::Config>& config)
-      : status_(status), config_(config) {
+  StatusLog(Mox::Ptr<Bridging::Topology::Inst::Status> status, Mox::Ptr<Bridging::Topology::Config> config)
+      : status_(std::move(status)), config_(std::move(config)) {
     using Bridging::Topology::Config;
     using Bridging::Topology::Inst::Status;
     watch(*status_, [this](Mox::AttributeId id, const void* key) {

@@ -6,7 +6,7 @@ namespace Topology::Library::detail {
 
 class Flag {
  public:
-  explicit Flag(bool& flag) noexcept : flag_(flag) { flag_ = true; }
+  explicit Flag(bool& flag) noexcept : flag_(flag) { flag = true; }
   Flag(const Flag&) = delete;
   Flag& operator=(const Flag&) = delete;
   ~Flag() { flag_ = false; }

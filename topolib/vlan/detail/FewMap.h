@@ -23,6 +23,7 @@ class FewMap {
     K key;
     V value;
   };
+  using Array = std::unique_ptr<Entry[]>;  // NOLINT(modernize-avoid-c-arrays): of exactly the number
 
  public:
   using Key = K;
@@ -56,7 +57,7 @@ class FewMap {
     std::optional<K> key_;
   };
 
-  FewMap() noexcept {}
+  FewMap() noexcept : several(nullptr) {}
   FewMap(const FewMap&) = delete;
   FewMap& operator=(const FewMap&) = delete;
   ~FewMap() { release(); }
@@ -82,16 +83,16 @@ class FewMap {
       return true;
     }
     if (empty()) {
-      std::construct_at(&sole_, Entry{key, std::move(value)});
+      std::construct_at(&sole, Entry{key, std::move(value)});
       size_ = 1;
       return true;
     }
-    auto grown = std::make_unique<Entry[]>(size_ + std::size_t{1});
+    Array grown(new Entry[size_ + std::size_t{1}]);
     std::move(entries(), entries() + place, grown.get());
     grown[place] = {key, std::move(value)};
     std::move(entries() + place, entries() + size_, grown.get() + place + 1);
     release();
-    several_ = grown.release();
+    several = grown.release();
     ++size_;
     return true;
   }
@@ -101,24 +102,24 @@ class FewMap {
     const std::size_t place = lowerBound(key);
     if (!holds(place, key)) return std::nullopt;
     const std::size_t left = size_ - std::size_t{1};
-    auto shrunk = left > 1 ? std::make_unique<Entry[]>(left) : nullptr;
+    Array shrunk(left > 1 ? new Entry[left] : nullptr);
     std::optional<V> taken(std::move(entries()[place].value));
     if (left == 1) {
       Entry rest = std::move(entries()[1 - place]);
       release();
-      std::construct_at(&sole_, std::move(rest));
+      std::construct_at(&sole, std::move(rest));
     } else {
       std::move(entries(), entries() + place, shrunk.get());
       std::move(entries() + place + 1, entries() + size_, shrunk.get() + place);
       release();
-      several_ = shrunk.release();
+      several = shrunk.release();
     }
     size_ = static_cast<std::uint32_t>(left);
     return taken;
   }
 
  private:
-  [[nodiscard]] const Entry* entries() const noexcept { return size_ == 1 ? &sole_ : several_; }
+  [[nodiscard]] const Entry* entries() const noexcept { return size_ == 1 ? &sole : several; }
   [[nodiscard]] Entry* entries() noexcept { return const_cast<Entry*>(std::as_const(*this).entries()); }
 
   [[nodiscard]] std::size_t lowerBound(const K& key) const noexcept {
@@ -134,15 +135,15 @@ class FewMap {
   /// Ends the members, and leaves the fields to be written.
   void release() noexcept {
     if (size_ == 1) {
-      std::destroy_at(&sole_);
+      std::destroy_at(&sole);
     } else {
-      delete[] several_;
+      delete[] several;
     }
   }
 
   union {
-    Entry* several_ = nullptr;  // null for an empty map
-    Entry sole_;
+    Entry sole;      // the member of a map with one
+    Entry* several;  // the members of a map with more; null for an empty one
   };
   std::uint32_t size_ = 0;
 };
