@@ -28,6 +28,7 @@ void* counted(void* block) {
   return block;
 }
 
+// NOLINTBEGIN(cppcoreguidelines-no-malloc): this is what everybody else has instead.
 void release(void* block) noexcept {
   if (counter.isOn && block != nullptr) [[unlikely]]
     counter.bytes -= bytesOf(block);
@@ -46,13 +47,16 @@ void operator delete(void* block) noexcept { release(block); }
 void operator delete(void* block, std::size_t /*size*/) noexcept { release(block); }
 void operator delete(void* block, std::align_val_t /*alignment*/) noexcept { release(block); }
 void operator delete(void* block, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept { release(block); }
+// NOLINTEND(cppcoreguidelines-no-malloc)
 
 namespace Bench {
 
 Allocations::Allocations() noexcept { counter = {true, 0, 0}; }
 Allocations::~Allocations() { counter.isOn = false; }
 
+// NOLINTBEGIN(readability-convert-member-functions-to-static): the counter is on while there is an object.
 std::uint64_t Allocations::count() const noexcept { return counter.allocations; }
 std::int64_t Allocations::bytes() const noexcept { return counter.bytes; }
+// NOLINTEND(readability-convert-member-functions-to-static)
 
 }  // namespace Bench

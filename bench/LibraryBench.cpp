@@ -28,7 +28,7 @@ double syncSeconds(const Shape& shape) {
   Switch sw(shape);
   return secondsOf([&] {
     sw.startLibrary();
-    sw.drain();
+    drain();
   });
 }
 
@@ -38,7 +38,7 @@ void initialSync(benchmark::State& state, Shape shape, std::size_t items) {
     Switch sw(shape);
     state.ResumeTiming();
     sw.startLibrary();
-    sw.drain();
+    drain();
     state.PauseTiming();
     sw.clear();
     state.ResumeTiming();
@@ -73,7 +73,7 @@ void longestRun(benchmark::State& state) {
   for (auto _ : state) {
     Switch sw(large);
     sw.startLibrary();
-    longest = sw.drain();
+    longest = drain();
   }
   amountIs(state, longest * 1e3, "ms");
 }
@@ -84,7 +84,7 @@ void bytesPerMember(benchmark::State& state) {
   for (auto _ : state) {
     Switch sw(large);
     sw.startLibrary();
-    sw.drain();
+    drain();
     const auto members = static_cast<double>(sw.members());
     Mox::Ptr<Topology::Library::LibState> published = sw.state;
     sw.clear();
@@ -99,7 +99,7 @@ void bytesPerMember(benchmark::State& state) {
 void onePortChange(benchmark::State& state, Shape shape) {
   Switch sw(shape);
   sw.startLibrary();
-  sw.drain();
+  drain();
   for (auto _ : state) sw.changeOnePort();
   itemsAre(state, 2);
 }
@@ -108,12 +108,12 @@ void onePortChange(benchmark::State& state, Shape shape) {
 void vlanMoved(benchmark::State& state, unsigned ports) {
   Switch sw({.topologies = 2, .vlans = 2, .ports = ports});
   sw.startLibrary();
-  sw.drain();
+  drain();
   unsigned at = 1;
   for (auto _ : state) {
     at = 1 - at;
     sw.config->vidToTopoMapIs(1, Switch::topoName(at));
-    sw.drain();
+    drain();
   }
   itemsAre(state, std::size_t{2} * ports);
 }
@@ -125,10 +125,10 @@ void topologyDeleted(benchmark::State& state, unsigned vlans) {
     state.PauseTiming();
     Switch sw({.topologies = 1, .vlans = vlans, .ports = ports});
     sw.startLibrary();
-    sw.drain();
+    drain();
     state.ResumeTiming();
     sw.config->topoConfigDel(Switch::topoName(0));
-    sw.drain();
+    drain();
     state.PauseTiming();
     sw.clear();
     state.ResumeTiming();

@@ -223,7 +223,7 @@ void addAllocations(std::size_t handlers) {
 void addNotifications(Targets& targets) {
   const char* const floor = "raw virtual loop";
   const char* const peer = "Boost.Signals2";
-  for (const std::size_t handlers : {1, 8}) {
+  for (const std::size_t handlers : {1UL, 8UL}) {
     addHot<Ours>("Mox", handlers);
     addHot<Raw>("raw", handlers);
     addHot<Signals>("Signals2", handlers);

@@ -2,7 +2,7 @@
 //
 //   Switch sw({.topologies = 4, .vlans = 4094, .ports = 512});
 //   sw.startLibrary();
-//   sw.drain();
+//   drain();
 //
 // Every VLAN is in the topology with the number `vid % topologies`, every port is in every VLAN, has its link up and
 // forwards in every topology. The clock is the real one.
@@ -26,6 +26,18 @@ struct Shape {
   unsigned vlans = 4094;
   unsigned ports = 256;
 };
+
+/// Rounds of the activity loop until nothing is pending. Returns the longest, in seconds.
+inline double drain() {
+  using Clock = std::chrono::steady_clock;
+  double longest = 0;
+  while (Mox::activityManager()->nextDue() <= Mox::System::currentTime()) {
+    const auto start = Clock::now();
+    Mox::activityManager()->dispatch();
+    longest = std::max(longest, std::chrono::duration<double>(Clock::now() - start).count());
+  }
+  return longest;
+}
 
 class Switch {
  public:
@@ -74,18 +86,6 @@ class Switch {
   }
   /// Everything ends.
   void clear() { *this = Switch({.vlans = 0, .ports = 0}); }
-
-  /// Rounds of the activity loop until nothing is pending. Returns the longest, in seconds.
-  static double drain() {
-    using Clock = std::chrono::steady_clock;
-    double longest = 0;
-    while (Mox::activityManager()->nextDue() <= Mox::System::currentTime()) {
-      const auto start = Clock::now();
-      Mox::activityManager()->dispatch();
-      longest = std::max(longest, std::chrono::duration<double>(Clock::now() - start).count());
-    }
-    return longest;
-  }
 
   Shape shape;
   std::vector<Quill::IntfId> intfs;

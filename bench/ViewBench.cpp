@@ -84,7 +84,7 @@ void arrayWrites(benchmark::State& state) {
 void build(benchmark::State& state, Shape shape) {
   Switch sw(shape);
   sw.startLibrary();
-  sw.drain();
+  drain();
   for (auto _ : state) {
     sw.startView();
     state.PauseTiming();
@@ -108,7 +108,7 @@ void bytesPerEntry(benchmark::State& state) {
   for (auto _ : state) {
     Switch sw(large);
     sw.startLibrary();
-    sw.drain();
+    drain();
     const Allocations allocations;
     sw.startView();
     bytes = static_cast<double>(allocations.bytes()) / static_cast<double>(sw.members());

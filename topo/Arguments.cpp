@@ -31,7 +31,7 @@ template <class T>
 
 /// A numeral of a range: without leading zeros, so that counting gives names that are written alike.
 [[nodiscard]] std::optional<std::uint64_t> rangeEnd(std::string_view text) noexcept {
-  if (!isNumeral(text) || text.size() > 9 || (text.size() > 1 && text.front() == '0')) return std::nullopt;
+  if (!isNumeral(text) || text.size() > 18 || (text.size() > 1 && text.front() == '0')) return std::nullopt;
   return numberOf<std::uint64_t>(text);
 }
 
@@ -96,7 +96,7 @@ IntfRange takeIntfs(Words& words) { return IntfRange::parse(words.take(intfExpec
 
 Quill::IntfId takeIntf(Words& words) {
   const Word word = words.take("an interface");
-  if (word.text.empty()) throw ScenarioError("an interface name must not be empty");
+  if (IntfRange::parse(word).isRange()) throw ScenarioError("expected one interface, found the range " + word.text);
   return word.text;
 }
 

@@ -45,6 +45,8 @@ class IntfRange {
 
   [[nodiscard]] static IntfRange parse(const Word& word);
 
+  [[nodiscard]] bool isRange() const noexcept { return isRange_; }
+
   void forEach(const auto& act) const {
     if (!isRange_) {
       act(Quill::IntfId(name_));

@@ -13,7 +13,6 @@ namespace Topo {
 
 namespace {
 
-using Topology::Library::LibSm;
 using Topology::Library::TopoLibCodef;
 
 [[nodiscard]] std::string ports(std::size_t count) { return std::to_string(count) + (count == 1 ? " port" : " ports"); }
@@ -86,7 +85,7 @@ class Printer {
          << codef_.yieldBeforeFinishingCount() << " yielded\n"
          << "Slice:        " << milliseconds(codef_.backlogQuantum())
          << (codef_.yieldAfterOne() ? ", one item a run" : "")
-         << (doesTimePass ? "" : ", never used up: virtual time has no tick") << '\n';
+         << (doesTimePass || codef_.backlogQuantum() <= 0 ? "" : ", never used up: virtual time has no tick") << '\n';
   }
 
  private:
@@ -130,7 +129,9 @@ void printBacklog(const Agent& agent, const Loop& loop, std::optional<Bridging::
   printer.counters(loop.passesDuringWork());
   const Loop::LongestRun& longest = loop.longestRun();
   out << "Longest run:  ";
-  if (longest.vlan.isNone()) {
+  if (!agent.libSm()->deferProcessing()) {
+    out << "not measured: the commands do the work themselves\n";
+  } else if (longest.vlan.isNone()) {
     out << "none yet\n";
   } else {
     out << milliseconds(longest.seconds) << " of real time, from VLAN " << longest.vlan << " on\n";

@@ -100,9 +100,15 @@ void noCommand(Session& session, Words& words) {
       {"attach",
        "gives the library its interfaces",
        {"attach interfaces"},
-       {"For a library that was started with interfaces later. With watch status it waits for them."},
+       {"For a library that was started with interfaces later. With watch status it waits for them, and what it "
+        "watches\n"
+        "must not change meanwhile: the library asserts that."},
        attachCommand},
-      {"detach", "takes the library's interfaces away", {"detach interfaces"}, {}, detachCommand},
+      {"detach",
+       "takes the library's interfaces away",
+       {"detach interfaces"},
+       {"With watch status no topology may appear while they are away: the library asserts that."},
+       detachCommand},
       {"set",
        "settings of the library, and of virtual time",
        {"set threshold N", "set quantum SECONDS", "set yield-after-one on|off", "set tick SECONDS"},
@@ -164,7 +170,7 @@ const std::vector<Command>& commands() {
   return all;
 }
 
-const Command* findCommand(std::string_view name) noexcept {
+const Command* findCommand(std::string_view name) {
   static const auto& index = *new Index([] {
     Index byName;
     for (const Command& command : commands()) byName.emplace(command.name, &command);
@@ -179,7 +185,7 @@ void printHelp(std::ostream& out) {
     out << std::left << std::setw(12) << command.name << command.summary << '\n';
   }
   out << "\nWords are separated by blanks; a word with blanks stands in double quotes; # starts a comment.\n"
-         "help COMMAND explains a command.\n";
+         "help COMMAND explains a command. In the shell, exit or quit ends it.\n";
 }
 
 void printHelp(std::ostream& out, const Command& command) {

@@ -30,7 +30,7 @@ struct Command {
 /// All commands, in the order of the help text.
 [[nodiscard]] const std::vector<Command>& commands();
 /// The command of this name, or null.
-[[nodiscard]] const Command* findCommand(std::string_view name) noexcept;
+[[nodiscard]] const Command* findCommand(std::string_view name);
 
 /// Prints the list of commands.
 void printHelp(std::ostream& out);

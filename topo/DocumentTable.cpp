@@ -64,6 +64,7 @@ void forEachRun(const Json& object, const F& act) {
 
 [[nodiscard]] std::string vlanKeysText(const std::vector<std::string>& keys) {
   std::vector<Bridging::VlanId> vlans;
+  vlans.reserve(keys.size());
   for (const std::string& key : keys) vlans.push_back(Bridging::VlanId::sequenceToValue(key));
   return vlanText(vlans);
 }

@@ -84,6 +84,7 @@ class CodefJson {
 const std::vector<Document>& documents() {
   static const auto& all = *new std::vector<Document>([] {
     std::vector<Document> list;
+    list.reserve(std::size(names));
     for (const auto& [document, name] : names) list.push_back(document);
     return list;
   }());

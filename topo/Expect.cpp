@@ -56,7 +56,7 @@ constexpr int maxDepth = 100;
   };
   Json json = Json::parse(text, admit, false);
   if (json.is_discarded()) {
-    throw ScenarioError("expected a JSON value, such as 10, true, \"forwarding\" or [\"A\"], found " +
+    throw ScenarioError(R"(expected a JSON value, such as 10, true, "forwarding" or ["A"], found )" +
                         std::string(text));
   }
   return json;

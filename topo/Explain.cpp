@@ -202,9 +202,23 @@ class Explainer {
                               : sm_->topoStatus() != nullptr   ? "plain status"
                                                                : nullptr;
     fact("port status",
-         where == nullptr ? "the topology has no status" : textOf(hasStatus ? "in the " : "not in the ", where),
+         where == nullptr ? "the topology has no status"
+         : hasStatus      ? textOf("in the ", where)
+                          : textOf("not in the ", where, whyNotReported()),
          !hasStatus && !isForced_);
     linkGate();
+  }
+
+  /// What keeps the publisher from reporting the port as up, if it is the one who writes the status.
+  [[nodiscard]] std::string whyNotReported() const {
+    if (!agent_.isPublishing() || sm_->topoInstStatus() == nullptr) return {};
+    const Interface::EthIntfStatus* const status = std::as_const(*agent_.interfaces).intfStatus(intf_);
+    if (status == nullptr) return ": the interface has no status";
+    if (status->linkStatus() != Interface::LinkStatus::up) return textOf(": the link is ", status->linkStatus());
+    using Interface::ForwardingModel;
+    const ForwardingModel model = status->forwardingModel();
+    const bool isReported = model == ForwardingModel::bridged || model == ForwardingModel::tunneled;
+    return isReported ? std::string() : textOf(": the interface is ", model);
   }
 
   [[nodiscard]] bool hasPortStatus() const {

@@ -8,6 +8,7 @@
 
 #include "quill/IntfId.h"
 #include "topo/JsonElement.h"
+#include "topo/Text.h"
 
 namespace Topo {
 
@@ -15,22 +16,6 @@ namespace {
 
 using Bridging::VlanId;
 using PortState = LinuxBridge::PortState;
-
-[[nodiscard]] bool isControl(char c) noexcept { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }
-
-[[nodiscard]] std::string onOneLine(std::string_view text) {
-  constexpr std::string_view digits = "0123456789abcdef";
-  std::string line;
-  for (const char c : text) {
-    if (isControl(c)) {
-      const auto code = static_cast<unsigned char>(c);
-      line.append("\\x").append(1, digits[code >> 4]).append(1, digits[code & 0xF]);
-    } else {
-      line += c;
-    }
-  }
-  return line;
-}
 
 /// The instances that the kernel knows.
 constexpr LinuxBridge::Msti maxMsti = 4094;

@@ -4,11 +4,20 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 
 #include "mox/Exception.h"
 #include "topo/ScenarioError.h"
+#include "topo/Text.h"
 
 namespace Topo {
+
+namespace {
+
+/// What some editors put in front of UTF-8 text.
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+}  // namespace
 
 bool Runner::runFile(const std::string& file) {
   if (file == "-") return run(std::cin, file);
@@ -29,6 +38,7 @@ bool Runner::runFile(const std::string& file) {
 bool Runner::run(std::istream& lines, const std::string& file) {
   std::size_t number = 0;
   for (std::string line; std::getline(lines, line);) {
+    if (number == 0 && line.starts_with(byteOrderMark)) line.erase(0, byteOrderMark.size());
     if (!runLine(line, file, ++number)) return false;
   }
   if (lines.bad()) {
@@ -56,7 +66,7 @@ bool Runner::runLine(const std::string& text, const std::string& file, std::size
 void Runner::report(const std::string& file, std::size_t line, const std::string& text) {
   session_.out().flush();
   if (!file.empty()) *session_.options().err << file << ':' << line << ": ";
-  *session_.options().err << "error: " << text << '\n';
+  *session_.options().err << "error: " << onOneLine(text) << '\n';
 }
 
 int exitStatus(const Session& session) noexcept { return session.failedExpectations() == 0 ? 0 : 1; }

@@ -3,6 +3,7 @@
 #include "kestrel/Kestrel.h"
 #include "topo/Command.h"
 #include "topo/ScenarioError.h"
+#include "topo/Text.h"
 
 namespace Topo {
 
@@ -20,10 +21,12 @@ Session::Session(const Options& options) : options_(options), loop_(agent_, opti
 Session::~Session() = default;
 
 void Session::execute(std::string_view line) {
+  // Documents are JSON, which is UTF-8: other names could not be told from each other there.
+  if (!isUtf8(line)) throw ScenarioError("the line is not UTF-8 text");
   Words words(line);
   const std::optional<Word> name = words.next();
   if (!name) return;
-  const Command* const command = name->isQuoted ? nullptr : findCommand(name->text);
+  const Command* const command = findCommand(name->text);
   if (command == nullptr) throw ScenarioError("unknown command '" + name->text + "'; help lists the commands");
   command->run(*this, words);
 }

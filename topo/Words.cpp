@@ -1,5 +1,7 @@
 #include "topo/Words.h"
 
+#include <algorithm>
+
 #include "topo/ScenarioError.h"
 
 namespace Topo {
@@ -8,6 +10,8 @@ namespace {
 
 constexpr std::string_view blanks = " \t\r\n";
 constexpr std::string_view wordEnds = " \t\r\n#";
+
+[[nodiscard]] bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 }  // namespace
 
@@ -93,9 +97,11 @@ std::string inQuotes(std::string_view text) {
 }
 
 std::string written(std::string_view text) {
-  // A name such as veth1-2 would be taken for a range of interfaces.
+  // A name such as veth1-2 would be taken for a range of interfaces; Port-Channel1 would not.
   const std::size_t dash = text.rfind('-');
-  const bool isLikeRange = dash != std::string_view::npos && dash != 0 && dash + 1 < text.size();
+  const bool isLikeRange = dash != std::string_view::npos && dash != 0 && dash + 1 < text.size() &&
+                           isDigit(text[dash - 1]) &&
+                           std::all_of(text.begin() + static_cast<std::ptrdiff_t>(dash) + 1, text.end(), isDigit);
   const bool isPlain = !text.empty() && !isLikeRange && text.find_first_of(" \t\r\n#\"") == std::string_view::npos;
   return isPlain ? std::string(text) : inQuotes(text);
 }

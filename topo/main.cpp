@@ -99,10 +99,8 @@ int help(const std::string& command) {
   return 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  std::ios::sync_with_stdio(false);
+/// Does what the command line says; returns the exit status.
+int runProgram(int argc, char** argv) {
   CLI::App app("Plays an agent of the topology library: runs scenarios, and shows what the library publishes.", "topo");
   app.set_version_flag("--version", version);
   app.require_subcommand(1);
@@ -134,7 +132,22 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : Topo::badInput;
   }
-  if (*runApp || *shellApp) return play(how, shellApp->parsed());
-  if (*linuxApp) return Topo::importLinux(directory, bridge, std::cout, std::cerr);
-  return help(command);
+  const int status = *runApp || *shellApp ? play(how, shellApp->parsed())
+                     : *linuxApp          ? Topo::importLinux(directory, bridge, std::cout, std::cerr)
+                                          : help(command);
+  if (std::cout.flush()) return status;
+  std::cerr << "error: standard output cannot be written\n";
+  return Topo::badInput;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::ios::sync_with_stdio(false);
+  try {
+    return runProgram(argc, argv);
+  } catch (const std::exception& error) {
+    std::cerr << "error: " << error.what() << '\n';
+    return Topo::badInput;
+  }
 }

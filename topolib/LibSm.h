@@ -327,6 +327,7 @@ class MOX_PUBLIC LibSm : public Mox::StateMachine<LibSm> {
   void withdrawInherited(Bridging::VlanId vid, const Mox::String& topoName);
   void dropExpansion(Bridging::VlanId vid, bool hadToWait = false);
   void dropStaleExpansion(Bridging::VlanId vid);
+  void dropStaleExpansionsAround(Bridging::VlanId vid);
   std::vector<Bridging::VlanId> unlinkExpansion(Bridging::VlanId vid);
   [[nodiscard]] std::vector<Bridging::VlanId> expandedVlans(Bridging::VlanId vid) const;
 

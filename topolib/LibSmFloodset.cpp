@@ -59,10 +59,7 @@ void LibSm::moveExpansion(Bridging::VlanId vid) {
   if (vlanToExpVlanSetMap_.empty() && !expanding_.isRunning()) return;
   expanding_.run([this, vid] {
     if (isRetired()) return;
-    dropStaleExpansion(vid);
-    if (const Mox::Ptr<const VlanToVlanSet> expanding = expVlanToVlanSetMap(vid)) {
-      for (const auto& [source, present] : expanding->someVlan()) dropStaleExpansion(source);
-    }
+    dropStaleExpansionsAround(vid);
     if (isRetired() || !vlanToExpVlanSetMapHas(vid)) return;
     TOPOLIB_ASSERT_TEXT(!vlanToExpVlanSetMapHas(vid) || !expVlanToVlanSetMapHas(vid),
                         "!vlanToExpVlanSetMapHas( vid ) || !expVlanToVlanSetMapHas( vid )");
@@ -145,6 +142,14 @@ bool LibSm::isExpansionStale(Bridging::VlanId vid) const {
 /// A VLAN whose configuration is gone expands into nothing, also where the backlog has not come to it yet.
 void LibSm::dropStaleExpansion(Bridging::VlanId vid) {
   if (vlanToExpVlanSetMapHas(vid) && isExpansionStale(vid)) dropExpansion(vid);
+}
+
+/// The same for a VLAN and for those that expand into it.
+void LibSm::dropStaleExpansionsAround(Bridging::VlanId vid) {
+  dropStaleExpansion(vid);
+  const Mox::Ptr<const VlanToVlanSet> expanding = expVlanToVlanSetMap(vid);
+  if (!expanding) return;
+  for (const auto& [source, present] : expanding->someVlan()) dropStaleExpansion(source);
 }
 
 /// What it inherited in the topology with which it is registered is left to the visit that removes the VLAN from there.

@@ -113,7 +113,7 @@ Mox::Ptr<Port> LibSm::portOf(const Mox::Ptr<Topo>& topo, Quill::IntfId intf) {
     if (Port* const existing = topo->port(intf)) return existing;
     TopoConfigSm* const topoSm = isPublished(*topo) ? topoConfigSm(topo->name()) : nullptr;
     if (topoSm != nullptr) topoSm->unannouncedIs(intf);
-    const Mox::Ptr<Port> made = topo->portIs(intf);
+    Mox::Ptr<Port> made = topo->portIs(intf);
     // Readers that were told of it may have had it filled, emptied and so removed again.
     if (isRetired() || topo->port(intf) == made.get()) return made;
   }

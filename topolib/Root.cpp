@@ -47,8 +47,8 @@ Mox::Ptr<LibSm> Root::libSmIs(const Mox::String& name, const Mox::Ptr<const Brid
   }
   // Two of them must not write the same state, not even while the new one is being made.
   if (libSm_) libSm_->moxDoZombieReactors(true);
-  const Mox::Ptr<LibSm> made = LibSm::LibSmIs(name, config, status, statusInst, brConfig, libState, libSmMode,
-                                              ignoreInternalVlan, deferProcessing, validIntfPtr);
+  Mox::Ptr<LibSm> made = LibSm::LibSmIs(name, config, status, statusInst, brConfig, libState, libSmMode,
+                                        ignoreInternalVlan, deferProcessing, validIntfPtr);
   // A reader may have started another one meanwhile; this one is asked for last.
   if (libSm_) libSm_->moxDoZombieReactors(true);
   scalarIs(libSm_, made, libSmAttr);
@@ -67,7 +67,7 @@ Mox::Ptr<TopologyStatusLibSm> Root::topologyStatusLibSmIs(
   }
   const Mox::Ptr<Root> self(this);
   if (topologyStatusLibSm_) topologyStatusLibSm_->moxDoZombieReactors(true);
-  const Mox::Ptr<TopologyStatusLibSm> made =
+  Mox::Ptr<TopologyStatusLibSm> made =
       TopologyStatusLibSm::TopologyStatusLibSmIs(status, libState, config, ethIntfStatusDir);
   made->hasNotificationActiveIs(true);
   if (topologyStatusLibSm_) topologyStatusLibSm_->moxDoZombieReactors(true);

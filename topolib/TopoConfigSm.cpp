@@ -134,7 +134,7 @@ Mox::Ptr<TopoPortConfigSm> TopoConfigSm::topoPortConfigSmIs(
     if (existing->topoPortConfig() != topoPortConfig.get()) Mox::throwMutatorReinstantiating("topoPortConfigSmIs");
     return existing;
   }
-  const Mox::Ptr<TopoPortConfigSm> sm = Mox::makePtr<TopoPortConfigSm>(name, topoPortConfig, this);
+  Mox::Ptr<TopoPortConfigSm> sm = Mox::makePtr<TopoPortConfigSm>(name, topoPortConfig, this);
   sm->hasNotificationActiveIs(true);
   memberInsert(topoPortConfigSm_, topoPortConfigSmAttr, intf, sm);
   if (isOver()) sm->moxDoZombieReactors(true);

@@ -51,14 +51,13 @@ void TopoLibCodef::handleInitialized() {
 
 void TopoLibCodef::doScheduleBacklogProcessing() {
   if (isRetired()) return;
-  if (!initialized()) {
+  const bool isDeferred = libSm_->deferProcessing();
+  if (!initialized() || (!isDeferred && marks_ != 0)) {
     isRunRemembered_ = true;
-  } else if (libSm_->deferProcessing()) {
+  } else if (isDeferred) {
     clock_.timeMinIs(0.0);
     codefState_->idleIs(false);
     TOPOLIB_TRACE(9) << "TopoLibCodef::doScheduleBacklogProcessing idleIs " << codefState_->idle();
-  } else if (marks_ != 0) {
-    isRunRemembered_ = true;
   } else {
     doProcessBacklog();
   }

@@ -99,7 +99,7 @@ Mox::Ptr<EthIntfSm> TopoSm::ethIntfSmIs(Quill::IntfId intf,
                                         const Mox::Ptr<const Bridging::Topology::TopoConfig>& topoConfig,
                                         const Mox::Ptr<Bridging::Topology::Inst::TopoStatus>& topoStatus,
                                         const Mox::Ptr<const Interface::EthIntfStatus>& ethIntfStatus) {
-  const Mox::Ptr<EthIntfSm> sm = memberIs(ethIntfSm_, ethIntfSmAttr, intf, topoConfig, topoStatus, ethIntfStatus);
+  Mox::Ptr<EthIntfSm> sm = memberIs(ethIntfSm_, ethIntfSmAttr, intf, topoConfig, topoStatus, ethIntfStatus);
   sm->hasNotificationActiveIs(true);
   if (isRetired()) sm->moxDoZombieReactors(true);
   return sm;

@@ -154,6 +154,15 @@ TEST(BacklogView, knowsNoLongestRunBeforeTheFirst) {
   EXPECT_EQ(longestRunAfter("start library\ndispatch 100"), "Longest run:  none yet");
 }
 
+TEST(BacklogView, measuresNoRunOfALibraryThatDefersNothing) {
+  EXPECT_EQ(longestRunAfter("vlan 12\nvlan 12 port Ethernet1-3\ntopology A\nmap 12 A\nstart library immediate\n"),
+            "Longest run:  not measured: the commands do the work themselves");
+}
+
+TEST(BacklogView, aSliceOfNoLengthIsUsedUpAtOnce) {
+  EXPECT_THAT(backlogAfter("set quantum 0\nstart library\n"), HasSubstr("Slice:        0.000 ms\n"));
+}
+
 TEST(BacklogView, tellsTheLongestRunAndItsVlan) {
   EXPECT_THAT(longestRunAfter("vlan 12\nvlan 12 port Ethernet1-3\ntopology A\nmap 12 A\nstart library\nsettle"),
               MatchesRegex("Longest run:  [0-9]+\\.[0-9][0-9][0-9] ms of real time, from VLAN 12 on"));

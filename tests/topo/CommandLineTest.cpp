@@ -35,6 +35,15 @@ TEST(CommandLine, tellsItsVersion) {
   EXPECT_EQ(outcome.out.rfind("topo ", 0), 0U) << outcome.out;
 }
 
+TEST(CommandLine, outputThatIsLostIsAnError) {
+  const std::string command =
+      std::string("echo 'echo one' | '") + std::getenv("TOPO_PROGRAM") + "' run - 2>&1 >/dev/full";
+  const std::unique_ptr<std::FILE, decltype(&pclose)> pipe(popen(command.c_str(), "r"), pclose);
+  std::string text(200, ' ');
+  text.resize(std::fread(text.data(), 1, text.size(), pipe.get()));
+  EXPECT_EQ(text, "error: standard output cannot be written\n");
+}
+
 TEST(CommandLine, helpNamesTheSubcommands) {
   const Outcome outcome = run({"--help"});
   EXPECT_EQ(outcome.status, 0);

@@ -216,9 +216,9 @@ TEST(Documents, oddNamesAreEscapedAsJson) {
             "{\"name\":\"status\",\"topoStatus\":{\"a\\tb\\u0001\":{\"topoPortStatus\":[\"c\\td\"]}}}");
 }
 
-TEST(Documents, whatIsNoUtf8IsReplaced) {
-  EXPECT_EQ(shown("status a\xff\n", "status"),
-            "{\"name\":\"status\",\"topoStatus\":{\"a\xEF\xBF\xBD\":{\"topoPortStatus\":[]}}}");
+TEST(Documents, holdTextThatIsUtf8) {
+  EXPECT_EQ(shown("status Z\xC3\xBCrich\n", "status"),
+            "{\"name\":\"status\",\"topoStatus\":{\"Z\xC3\xBCrich\":{\"topoPortStatus\":[]}}}");
 }
 
 // Filters.

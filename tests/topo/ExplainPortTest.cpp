@@ -87,6 +87,16 @@ TEST(ExplainPort, hasNoStatus) {
   EXPECT_EQ(hindering("port status", Explained(running + "no instance A\nsettle\n")), "the topology has no status");
 }
 
+TEST(ExplainPort, isNotReportedByThePublisherForAReason) {
+  const auto after = [](const std::string& line) {
+    return hindering("port status", Explained(running + "start publisher\n" + line + "\nsettle\n"));
+  };
+  EXPECT_EQ(after("interface Ethernet1 link down"), "not in the instance status: the link is down");
+  EXPECT_EQ(after("interface Ethernet1 link unknown"), "not in the instance status: the link is unknown");
+  EXPECT_EQ(after("interface Ethernet1 model routed"), "not in the instance status: the interface is routed");
+  EXPECT_EQ(after("no interface Ethernet1"), "not in the instance status: the interface has no status");
+}
+
 TEST(ExplainPort, hasAStatus) {
   EXPECT_EQ(Explained(running)["port status"], "in the instance status");
   EXPECT_EQ(Explained(runningOnStatus)["port status"], "in the plain status");

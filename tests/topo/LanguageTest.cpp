@@ -55,6 +55,42 @@ TEST(Language, badQuotesAreErrors) {
             "-:1: error: a double quote inside the word one\"two\"; quote the whole word\n");
 }
 
+TEST(Language, aKeyWordMayStandInQuotes) { EXPECT_EQ(vlansAfter("\"vlan\" 10"), Names{"10"}); }
+
+TEST(Language, aLineIsUtf8Text) {
+  for (const std::string bad :
+       {"\xFF", "\x80", "\xC3", "\xC0\xAF", "\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80"}) {
+    EXPECT_EQ(errorOf("echo " + bad), "-:1: error: the line is not UTF-8 text\n");
+  }
+  EXPECT_EQ(runScenario("echo \xC3\xBC \xE2\x82\xAC \xF0\x9F\x90\x9F\n").out,
+            "\xC3\xBC \xE2\x82\xAC \xF0\x9F\x90\x9F\n");
+}
+
+TEST(Language, aByteOrderMarkIsNoPartOfTheFirstLine) {
+  EXPECT_EQ(runScenario("\xEF\xBB\xBF"
+                        "echo one\n")
+                .out,
+            "one\n");
+  EXPECT_NE(errorOf("echo one\n\xEF\xBB\xBF"
+                    "echo two"),
+            "");
+}
+
+TEST(Language, anErrorIsOneLineOfBoundedLength) {
+  EXPECT_EQ(errorOf("a\x01\x7F"), "-:1: error: unknown command 'a\\x01\\x7f'; help lists the commands\n");
+  const std::string error = errorOf(std::string(5000, 'a'));
+  EXPECT_LT(error.size(), 1100U);
+  EXPECT_EQ(error.substr(error.size() - 4), "...\n");
+}
+
+TEST(Language, oneInterfaceIsNoRange) {
+  EXPECT_EQ(errorOf("explain vlan 10 port Ethernet1-3"),
+            "-:1: error: expected one interface, found the range Ethernet1-3\n");
+  EXPECT_EQ(runScenario("explain vlan 10 port \"Ethernet1-3\"\n").status, 0);
+  EXPECT_EQ(errorOf("interface Ethernet1-9999999999"),
+            "-:1: error: the range Ethernet1-9999999999 has more than 65536 interfaces\n");
+}
+
 TEST(Language, keyWordsAreLowerCase) {
   EXPECT_EQ(errorOf("Vlan 10"), "-:1: error: unknown command 'Vlan'; help lists the commands\n");
   EXPECT_EQ(errorOf("interface Ethernet1 Link up"), "-:1: error: expected link or model, found 'Link'\n");

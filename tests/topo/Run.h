@@ -22,8 +22,6 @@
 #include <string>
 #include <vector>
 
-extern char** environ;
-
 namespace Test {
 
 using Json = nlohmann::ordered_json;
@@ -88,6 +86,7 @@ inline Outcome run(const std::vector<std::string>& arguments, const std::string&
   std::vector<std::string> words{program};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
   pid_t child = 0;

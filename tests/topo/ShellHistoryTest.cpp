@@ -1,5 +1,6 @@
 // The history of the shell.
 
+#include <fstream>
 #include <memory>
 
 #include "tests/topo/Run.h"
@@ -79,7 +80,7 @@ TEST(Shell, aLongHistoryIsCutBack) {
   const auto home = std::make_shared<Directory>();
   std::string lines;
   for (int i = 1; i <= 2000; ++i) lines += "echo " + std::to_string(i) + '\n';
-  home->write(".topo_history", lines);
+  std::ofstream(home->file(".topo_history")) << lines;
   Shell shell(home, {}, {});
   EXPECT_EQ(shell.answer(up), "2000\r\n");
   EXPECT_EQ(shell.end(), 0);

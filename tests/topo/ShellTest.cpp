@@ -17,7 +17,6 @@ using Test::Outcome;
 using Test::prompt;
 using Test::run;
 using Test::Terminal;
-using Test::up;
 using Shell = Test::TerminalShell;
 
 // Commands

@@ -65,6 +65,11 @@ TEST(ShowConfig, leavesOutDefaults) {
             "instance A\n");
 }
 
+TEST(ShowConfig, joinsInterfacesWithADashInTheirName) {
+  const std::string config = "interface Port-Channel1-3 link up\n";
+  EXPECT_EQ(configAfter(config), config);
+}
+
 TEST(ShowConfig, namesWhatIsGoneNoMore) {
   EXPECT_EQ(configAfter("vlan 10-11\nvlan 10 port Ethernet1-2\ntopology A\ntopology A port Ethernet1\nmap 10 A\n"
                         "status A\ninstance A\nforce Ethernet1 on\ninterface Ethernet1\n"

@@ -48,7 +48,7 @@ class Directory {
   [[nodiscard]] const std::string& path() const { return path_; }
   [[nodiscard]] std::string file(const std::string& name) const { return path_ + '/' + name; }
   /// Writes a file, and returns its path.
-  std::string write(const std::string& name, const std::string& text) const {
+  [[nodiscard]] std::string write(const std::string& name, const std::string& text) const {
     std::ofstream(file(name)) << text;
     return file(name);
   }
@@ -156,6 +156,7 @@ class Terminal {
 
   [[nodiscard]] static std::vector<char*> pointers(std::vector<std::string>& texts) {
     std::vector<char*> all;
+    all.reserve(texts.size() + 1);
     for (std::string& text : texts) all.push_back(text.data());
     all.push_back(nullptr);
     return all;

@@ -6,7 +6,6 @@ namespace Topology::Library {
 namespace {
 
 using Test::Agent;
-using Test::Start;
 
 TEST(LibSm, publishesAPortFromEndToEnd) {
   Agent agent;

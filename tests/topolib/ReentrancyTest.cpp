@@ -16,7 +16,6 @@ using Bridging::AllowedTrafficDirection;
 using Bridging::VlanPortConfig;
 using Bridging::Topology::PortState;
 using Test::Agent;
-using Test::Start;
 using Test::StateLog;
 
 const VlanPortConfig ingress{AllowedTrafficDirection::ingress};

@@ -19,7 +19,6 @@ namespace {
 
 using Test::Agent;
 using Test::Recorder;
-using Test::Start;
 
 /// The arguments of a start, which a test changes one by one.
 struct Arguments {

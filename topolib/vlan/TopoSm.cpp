@@ -87,7 +87,7 @@ Mox::Ptr<VlanPortMapping> TopoSm::vlanPortMappingIs(Quill::IntfId intf, const Mo
     if (existing->port() != port.get()) Mox::throwMutatorReinstantiating("vlanPortMappingIs");
     return existing;
   }
-  const Mox::Ptr<VlanPortMapping> mapping = Mox::makePtr<VlanPortMapping>(intf, port, this);
+  Mox::Ptr<VlanPortMapping> mapping = Mox::makePtr<VlanPortMapping>(intf, port, this);
   memberInsert(vlanPortMapping_, vlanPortMappingAttr, intf, mapping);
   mapping->doStart();
   return mapping;

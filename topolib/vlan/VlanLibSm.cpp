@@ -98,7 +98,7 @@ Mox::Ptr<TopoSm> VlanLibSm::topoSmIs(const Mox::String& name, const Mox::Ptr<con
     if (existing->topo() != topo.get()) Mox::throwMutatorReinstantiating("topoSmIs");
     return existing;
   }
-  const Mox::Ptr<TopoSm> sm = Mox::makePtr<TopoSm>(name, topo, this);
+  Mox::Ptr<TopoSm> sm = Mox::makePtr<TopoSm>(name, topo, this);
   memberInsert(topoSm_, topoSmAttr, name, sm);
   sm->doStart();
   return sm;
