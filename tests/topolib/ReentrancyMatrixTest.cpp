@@ -35,15 +35,16 @@ using Lines = std::vector<std::string>;
 std::string underWay;
 
 extern "C" void reportUnderWay(int signal) {
+  // Whether it could be written or not, the process ends.
+  [[maybe_unused]] const auto written = write(STDERR_FILENO, underWay.data(), underWay.size());
   std::signal(signal, SIG_DFL);
-  static_cast<void>(!write(STDERR_FILENO, underWay.data(), underWay.size()));
   static_cast<void>(std::raise(signal));
 }
 
 /// Arms the report for a test.
 class AbortReport {
  public:
-  AbortReport() { old_ = std::signal(SIGABRT, reportUnderWay); }
+  AbortReport() : old_(std::signal(SIGABRT, reportUnderWay)) {}
   AbortReport(const AbortReport&) = delete;
   AbortReport& operator=(const AbortReport&) = delete;
   ~AbortReport() { std::signal(SIGABRT, old_); }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -376,14 +377,14 @@ using TopoConfigSmDeathTest = TopoConfigSmTest;
 
 TEST_F(TopoConfigSmDeathTest, bothStatusesAbort) {
   const auto instStatus = agent.statusInst->topoStatusIs("A", 1);
-  EXPECT_DEATH(Mox::makePtr<TopoConfigSm>(agent.config->topoConfig("A"), agent.status->topoStatus("A"), instStatus,
-                                          agent.intfDir, agent.libSm.get()),
+  EXPECT_DEATH(std::ignore = Mox::makePtr<TopoConfigSm>(agent.config->topoConfig("A"), agent.status->topoStatus("A"),
+                                                        instStatus, agent.intfDir, agent.libSm.get()),
                assertionReport("!topoInstStatus() || !topoStatus()", "handleInitialized"));
 }
 
 TEST_F(TopoConfigSmDeathTest, plainStatusWithoutInterfaceStatusesAborts) {
-  EXPECT_DEATH(Mox::makePtr<TopoConfigSm>(agent.config->topoConfig("A"), agent.status->topoStatus("A"), nullptr,
-                                          nullptr, agent.libSm.get()),
+  EXPECT_DEATH(std::ignore = Mox::makePtr<TopoConfigSm>(agent.config->topoConfig("A"), agent.status->topoStatus("A"),
+                                                        nullptr, nullptr, agent.libSm.get()),
                assertionReport("ethIntfStatusDir()", "handleInitialized"));
 }
 
