@@ -8,6 +8,7 @@ namespace {
 using Test::document;
 using Test::errorOf;
 using Test::Json;
+using Test::keys;
 using Test::Outcome;
 using Test::runScenario;
 
@@ -176,13 +177,6 @@ TEST(Documents, theOptionOfTheRunIsAsGoodAsTheWord) {
 }
 
 // Keys.
-
-/// The keys of an object, in their order.
-std::vector<std::string> keys(const Json& object) {
-  std::vector<std::string> all;
-  for (const auto& [key, value] : object.items()) all.push_back(key);
-  return all;
-}
 
 using Names = std::vector<std::string>;
 

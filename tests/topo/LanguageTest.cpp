@@ -8,15 +8,9 @@ namespace {
 using Test::document;
 using Test::errorOf;
 using Test::Json;
+using Test::keys;
 using Test::Outcome;
 using Test::runScenario;
-
-/// The keys of an object, in their order.
-std::vector<std::string> keys(const Json& object) {
-  std::vector<std::string> all;
-  for (const auto& [key, value] : object.items()) all.push_back(key);
-  return all;
-}
 
 std::vector<std::string> interfacesAfter(const std::string& scenario) {
   return keys(document(scenario, "interfaces")["intfStatus"]);

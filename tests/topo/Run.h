@@ -121,4 +121,12 @@ inline std::string errorOf(const std::string& scenario) {
   return outcome.err;
 }
 
+/// The keys of an object, in their order.
+inline std::vector<std::string> keys(const Json& object) {
+  std::vector<std::string> all;
+  all.reserve(object.size());
+  for (const auto& [key, value] : object.items()) all.push_back(key);
+  return all;
+}
+
 }  // namespace Test
