@@ -1,8 +1,10 @@
 // docs/language.md and docs/topo.1 say what the program's own help says: every command, every usage line, every call and
 // every option, and no other. What the reference shows as real, is.
 
+#include <algorithm>
 #include <map>
 #include <set>
+#include <string_view>
 
 #include "tests/topo/PlayedDocument.h"
 
@@ -71,17 +73,25 @@ using Usage = std::map<std::string, Lines>;
 }
 
 /// A line of a man page without its fonts and escapes.
-[[nodiscard]] std::string plain(const std::string& line) {
-  static const std::regex font(R"(\\f[BIRP])");
-  static const std::regex escape(R"(\\(?:\(dq|&|(.)))");
-  std::string text = std::regex_replace(line, font, "");
-  std::string out;
-  for (std::sregex_iterator i(text.begin(), text.end(), escape), end; i != end; ++i) {
-    out += i->prefix();
-    out += (*i)[0] == "\\(dq" ? "\"" : (*i)[1] == "e" ? "\\" : (*i)[1].str();
-    if (std::next(i) == end) text = i->suffix();
+[[nodiscard]] std::string plain(std::string_view line) {
+  constexpr std::string_view quote = "\\(dq";
+  std::string text;
+  while (!line.empty()) {
+    const bool isEscape = line.front() == '\\' && line.size() > 1;
+    std::size_t length = isEscape ? 2 : 1;
+    if (line.starts_with(quote)) {
+      text += '"';
+      length = quote.size();
+    } else if (line.starts_with("\\f")) {
+      length = 3;
+    } else if (line.starts_with("\\e")) {
+      text += '\\';
+    } else if (!line.starts_with("\\&")) {
+      text += line[length - 1];
+    }
+    line.remove_prefix(std::min(length, line.size()));
   }
-  return out + text;
+  return text;
 }
 
 /// By section, what stands in the man page between .EX and .EE.
