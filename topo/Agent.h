@@ -72,7 +72,10 @@ class Agent {
   [[nodiscard]] const Topology::Library::TopoLibCodef* codef() const noexcept {
     return libSm() == nullptr ? nullptr : libSm()->topoLibCodef().get();
   }
-  [[nodiscard]] bool isPublishing() const noexcept { return static_cast<bool>(publisherRoot_); }
+  /// The running status publisher, or null.
+  [[nodiscard]] const Topology::Library::TopologyStatusLibSm* publisher() const noexcept {
+    return publisherRoot_ ? publisherRoot_->topologyStatusLibSm().get() : nullptr;
+  }
   [[nodiscard]] bool isViewing() const noexcept { return static_cast<bool>(viewSm_); }
 
  private:

@@ -101,7 +101,7 @@ void noCommand(Session& session, Words& words) {
        "gives the library its interfaces",
        {"attach interfaces"},
        {"For a library that was started with interfaces later. With watch status it waits for them, and what it "
-        "watches\n"
+        "watches",
         "must not change meanwhile: the library asserts that."},
        attachCommand},
       {"detach",

@@ -11,6 +11,7 @@
 #include "topo/Documents.h"
 #include "topo/ScenarioError.h"
 #include "topo/Session.h"
+#include "topo/Text.h"
 #include "topo/Words.h"
 
 namespace Topo {
@@ -210,9 +211,7 @@ void addNext(Usage usage, const std::vector<Word>& words, Choice& next) {
     common.erase(end, common.end());
   }
   // Half a character is none.
-  while (common.size() < texts.front().size() &&
-         (static_cast<unsigned char>(texts.front()[common.size()]) & 0xC0) == 0x80)
-    common.pop_back();
+  while (common.size() < texts.front().size() && isContinuation(texts.front()[common.size()])) common.pop_back();
   return common;
 }
 

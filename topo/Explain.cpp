@@ -211,14 +211,16 @@ class Explainer {
 
   /// What keeps the publisher from reporting the port as up, if it is the one who writes the status.
   [[nodiscard]] std::string whyNotReported() const {
-    if (!agent_.isPublishing() || sm_->topoInstStatus() == nullptr) return {};
-    const Interface::EthIntfStatus* const status = std::as_const(*agent_.interfaces).intfStatus(intf_);
-    if (status == nullptr) return ": the interface has no status";
-    if (status->linkStatus() != Interface::LinkStatus::up) return textOf(": the link is ", status->linkStatus());
-    using Interface::ForwardingModel;
-    const ForwardingModel model = status->forwardingModel();
-    const bool isReported = model == ForwardingModel::bridged || model == ForwardingModel::tunneled;
-    return isReported ? std::string() : textOf(": the interface is ", model);
+    const TopologyStatusLibSm* const publisher = agent_.publisher();
+    const TopoSm* const topo = publisher == nullptr ? nullptr : publisher->topoSm(topoName_);
+    if (topo == nullptr || topo->topoStatus().get() != sm_->topoInstStatus()) return {};
+    if (publishedPort() == nullptr) return ": the library does not publish the port";
+    const EthIntfSm* const port = topo->ethIntfSm(intf_);
+    if (port == nullptr) return ": the interface has no status";
+    if (port->isUp()) return {};
+    const Interface::EthIntfStatus& status = *port->ethIntfStatus();
+    if (status.linkStatus() != Interface::LinkStatus::up) return textOf(": the link is ", status.linkStatus());
+    return textOf(": the interface is ", status.forwardingModel());
   }
 
   [[nodiscard]] bool hasPortStatus() const {

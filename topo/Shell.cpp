@@ -17,6 +17,7 @@
 
 #include "topo/Completion.h"
 #include "topo/ScenarioError.h"
+#include "topo/Text.h"
 #include "topo/Words.h"
 
 namespace Topo {
@@ -156,8 +157,7 @@ class LineEditor {
     const std::string_view typed = std::string_view(line).substr(completion.begin);
     if (completion.text != typed) {
       // The characters in front of the cursor, of which UTF-8 may need several bytes for each.
-      const auto isFirst = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
-      el_deletestr(editor_.get(), static_cast<int>(std::count_if(typed.begin(), typed.end(), isFirst)));
+      el_deletestr(editor_.get(), static_cast<int>(charactersOf(typed)));
       el_insertstr(editor_.get(), completion.text.c_str());
       lastTabLine_ = line.substr(0, completion.begin) + completion.text;
       return CC_REFRESH;

@@ -4,15 +4,11 @@
 #include <ostream>
 #include <utility>
 
+#include "topo/Text.h"
+
 namespace Topo {
 
 namespace {
-
-/// The columns that a text in UTF-8 takes: its characters.
-[[nodiscard]] std::size_t widthOf(const std::string& text) {
-  return static_cast<std::size_t>(
-      std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
 
 void printRow(std::ostream& out, const std::vector<Cell>& cells, const std::vector<std::size_t>& widths,
               bool isColoured) {
@@ -20,7 +16,7 @@ void printRow(std::ostream& out, const std::vector<Cell>& cells, const std::vect
   while (last > 0 && cells[last - 1].text.empty()) --last;
   for (std::size_t i = 0; i < last; ++i) {
     out << (isColoured ? coloured(cells[i].text, cells[i].colour) : cells[i].text);
-    if (i + 1 < last) out << std::string(widths[i] - widthOf(cells[i].text) + 2, ' ');
+    if (i + 1 < last) out << std::string(widths[i] - charactersOf(cells[i].text) + 2, ' ');
   }
   out << '\n';
 }
@@ -58,10 +54,10 @@ void Table::print(std::ostream& out, bool isColoured) const {
   std::vector<std::size_t> widths;
   for (const std::string& column : columns_) {
     head.emplace_back(column, Colour::bold);
-    widths.push_back(widthOf(column));
+    widths.push_back(charactersOf(column));
   }
   for (const std::vector<Cell>& cells : rows_) {
-    for (std::size_t i = 0; i < cells.size(); ++i) widths[i] = std::max(widths[i], widthOf(cells[i].text));
+    for (std::size_t i = 0; i < cells.size(); ++i) widths[i] = std::max(widths[i], charactersOf(cells[i].text));
   }
   printRow(out, head, widths, isColoured);
   for (const std::vector<Cell>& cells : rows_) printRow(out, cells, widths, isColoured);

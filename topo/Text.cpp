@@ -1,5 +1,6 @@
 #include "topo/Text.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -31,9 +32,8 @@ bool isUtf8(std::string_view text) noexcept {
     const Form form = formOf(static_cast<unsigned char>(text[i++]));
     std::uint32_t code = form.bits;
     for (std::size_t n = 0; n < form.following; ++n, ++i) {
-      const unsigned byte = i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
-      if (byte >> 6 != 0x2) return false;
-      code = code << 6 | (byte & 0x3FU);
+      if (i == text.size() || !isContinuation(text[i])) return false;
+      code = code << 6 | (static_cast<unsigned char>(text[i]) & 0x3FU);
     }
     const bool isSurrogate = code >= 0xD800 && code <= 0xDFFF;
     if (code < form.min || code > 0x10FFFF || isSurrogate) return false;
@@ -41,12 +41,21 @@ bool isUtf8(std::string_view text) noexcept {
   return true;
 }
 
+std::size_t charactersOf(std::string_view text) noexcept {
+  return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isContinuation));
+}
+
 bool isControl(char c) noexcept { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }
 
 std::string onOneLine(std::string_view text) {
   constexpr std::string_view digits = "0123456789abcdef";
+  std::size_t length = text.size();
+  if (length > maxLength) {
+    length = maxLength;
+    while (length > 0 && isContinuation(text[length])) --length;  // half a character is none
+  }
   std::string line;
-  for (const char c : text.substr(0, maxLength)) {
+  for (const char c : text.substr(0, length)) {
     if (isControl(c)) {
       const auto code = static_cast<unsigned char>(c);
       line.append("\\x").append(1, digits[code >> 4]).append(1, digits[code & 0xF]);
@@ -54,7 +63,7 @@ std::string onOneLine(std::string_view text) {
       line += c;
     }
   }
-  if (text.size() > maxLength) line += "...";
+  if (length < text.size()) line += "...";
   return line;
 }
 

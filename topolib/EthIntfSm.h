@@ -75,6 +75,9 @@ class MOX_PUBLIC EthIntfSm : public BaseIntfSm {
   [[nodiscard]] bool isCpuPort() const noexcept { return isCpuPort_; }
   void isCpuPortIs(bool v) noexcept { isCpuPort_ = v; }
 
+  /// What it reports: whether the port is up by the table above.
+  [[nodiscard]] bool isUp() const noexcept;
+
   void handleInitialized() override;
   void handleLinkStatus();
   void handleForwardingModel();
@@ -87,7 +90,6 @@ class MOX_PUBLIC EthIntfSm : public BaseIntfSm {
   };
 
   void forEachReactor(const std::function<void(Mox::PtrInterface&)>& act) override;
-  [[nodiscard]] bool isUp() const noexcept;
 
   MoxEthIntfStatus ethIntfStatus_;
   bool isCpuPort_ = false;

@@ -139,7 +139,7 @@ void TopologyStatusLibSm::withdrawTopo(const Mox::String& name) {
   TOPOLIB_TRACE(7) << name << ": Topo object deleted, deleting Topology Status";
   TOPOLIB_MSG("{}: Topo object deleted, deleting Topology Status", name);
   detail::FirstException thrown;
-  thrown.collect([this, &name = name] { status_->topoStatusDel(name); });
+  thrown.collect([&] { status_->topoStatusDel(name); });
   if (!isRetired()) thrown.collect([&] { topoSmDel(name); });
   thrown.rethrow();
 }

@@ -117,10 +117,10 @@ TEST(LogArgument, textMayHoldAnyByte) {
 }
 
 TEST(LogArgument, textIsThatOfTheMoment) {
-  char name[] = "before";
+  std::string name = "before";
   static constinit MsgDesc site("/src/Lights", 1, "{}");
   TraceFile file(8192);
-  append(file, site, name);
+  append(file, site, name.c_str());
   name[0] = 'X';
   EXPECT_EQ(file.messages().at(0).text, "before");
 }

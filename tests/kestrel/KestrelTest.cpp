@@ -126,10 +126,12 @@ TEST_F(Log, messageTellsWhereAndWhen) {
 
 TEST_F(Log, messageIsOneStatement) {
   for (const bool isLit : {true, false}) {
+    // NOLINTBEGIN(readability-braces-around-statements): without braces is what the test is about.
     if (isLit)
       KESTREL_MSG("/src/Lights", "lit");
     else
       KESTREL_MSG("/src/Lights", "dark {}", 1U);
+    // NOLINTEND(readability-braces-around-statements)
   }
   EXPECT_EQ(texts(), (Texts{"lit", "dark 1"}));
 }

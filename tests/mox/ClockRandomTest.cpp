@@ -254,10 +254,11 @@ TEST(ClockRandom, callsManyReactorsInOrder) {
   std::vector<const Timer*> calls;
   std::vector<std::unique_ptr<Timer>> timers;
   while (timers.size() < size) {
-    const double time = static_cast<double>(random.below(1'000));
+    const auto time = static_cast<double>(random.below(1'000));
     timers.push_back(std::make_unique<Timer>(clock.get(), calls, time));
   }
   std::vector<const Timer*> expected;
+  expected.reserve(size);
   for (const auto& timer : timers) expected.push_back(timer.get());
   std::stable_sort(expected.begin(), expected.end(),
                    [](const Timer* a, const Timer* b) { return a->timeMin() < b->timeMin(); });

@@ -162,8 +162,8 @@ TYPED_TEST(ValueCollections, comparesBeforeItOverwrites) {
 
 TYPED_TEST(ValueCollections, exchangeHandsOverwrittenValueOut) {
   typename TestFixture::Pointers pointers;
-  const Ptr<Numbered> first = makePtr<Numbered>(1);
-  const Ptr<Numbered> second = makePtr<Numbered>(2);
+  const Ptr<Numbered> first = makePtr<Numbered>(1U);
+  const Ptr<Numbered> second = makePtr<Numbered>(2U);
   Ptr<Numbered> value = first;
   EXPECT_TRUE(pointers.exchange(this->key(1), value));
   EXPECT_EQ(*pointers.find(this->key(1)), first);
@@ -176,7 +176,7 @@ TYPED_TEST(ValueCollections, exchangeHandsOverwrittenValueOut) {
 
 TYPED_TEST(ValueCollections, exchangeTellsEqualValue) {
   typename TestFixture::Pointers pointers;
-  Ptr<Numbered> value = makePtr<Numbered>(1);
+  Ptr<Numbered> value = makePtr<Numbered>(1U);
   pointers.insertOrAssign(this->key(1), value);
   EXPECT_FALSE(pointers.exchange(this->key(1), value));
   EXPECT_EQ(*pointers.find(this->key(1)), value);
@@ -184,7 +184,7 @@ TYPED_TEST(ValueCollections, exchangeTellsEqualValue) {
 
 TYPED_TEST(ValueCollections, takeHandsValueOut) {
   typename TestFixture::Pointers pointers;
-  const Ptr<Numbered> object = makePtr<Numbered>(1);
+  const Ptr<Numbered> object = makePtr<Numbered>(1U);
   pointers.insertOrAssign(this->key(1), object);
   EXPECT_EQ(pointers.take(this->key(2)), std::nullopt);
   EXPECT_EQ(pointers.take(this->key(1)), object);

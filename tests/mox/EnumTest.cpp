@@ -16,7 +16,7 @@ enum class Colour : std::uint32_t { red, green, blue = 7 };
   return std::array{Mox::enumValue(Colour::red, "red"), Mox::enumValue(Colour::green, "green"),
                     Mox::enumValue(Colour::blue, "blue")};
 }
-using Mox::stringValue, Mox::valueToStrep, Mox::operator<<;
+using Mox::stringValue, Mox::valueToStrep, Mox::operator<<;  // NOLINT(misc-unused-using-decls)
 using ColourInstance = Mox::EnumInstance<Colour>;
 
 enum class Small : std::uint8_t { none = 0, all = 255 };

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -19,7 +20,7 @@ using Test::ScopedHashSeed;
 using Test::seedTrace;
 
 constexpr std::uint64_t allOnes = std::numeric_limits<std::uint64_t>::max();
-constexpr std::uint32_t seeds[] = {0, 1, 2, 0x5EED'0001, 0x7FFF'FFFF, 0x8000'0000, 0xFFFF'FFFF};
+constexpr std::array<std::uint32_t, 7> seeds = {0, 1, 2, 0x5EED'0001, 0x7FFF'FFFF, 0x8000'0000, 0xFFFF'FFFF};
 
 /// Bits that tend to be treated wrongly, and many others.
 std::vector<std::uint64_t> bitPatterns() {

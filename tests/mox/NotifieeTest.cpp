@@ -336,7 +336,7 @@ TEST(NotifieeList, deleteAllRemovesReactorsWhichStayBound) {
 TEST(NotifieeList, visitAllocatesNoMemory) {
   for (const std::size_t size : {0U, 1U, 8U}) {
     Lamp lamp;
-    const auto reactors = std::make_unique<Silent[]>(size);
+    std::vector<Silent> reactors(size);
     for (std::size_t i = 0; i < size; ++i) {
       reactors[i].hasNotificationActiveIs(true);
       reactors[i].notifierIs(&lamp);
@@ -382,7 +382,7 @@ TEST(NotifieeList, manyReactorsComeAndGoInAnyOrder) {
 TEST(NotifieeList, removalFromMillionReactorsStaysConstant) {
   constexpr std::size_t size = 1'000'000;
   Lamp lamp;
-  const auto reactors = std::make_unique<Silent[]>(size);
+  std::vector<Silent> reactors(size);
   for (std::size_t i = 0; i < size; ++i) reactors[i].notifierIs(&lamp);
   for (std::size_t i = 0; i < size; i += 2) reactors[i].notifierIs(nullptr);
   EXPECT_EQ(lamp.notifieeList()->size(), size / 2);

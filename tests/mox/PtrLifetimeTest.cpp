@@ -104,7 +104,8 @@ TEST_P(PtrLifetime, constructorMayLeavePointersToThisElsewhere) {
 }
 
 TEST_P(PtrLifetime, destructorMayMakeAndDropPointersToThis) {
-  struct Clinging : PtrInterface {
+  class Clinging : public PtrInterface {
+   public:
     explicit Clinging(int& ends) : ends_(ends) {}
     ~Clinging() override {
       ++ends_;
@@ -113,6 +114,8 @@ TEST_P(PtrLifetime, destructorMayMakeAndDropPointersToThis) {
         const auto copy = self;  // NOLINT(performance-unnecessary-copy-initialization)
       }
     }
+
+   private:
     int& ends_;
   };
   makePtr<Clinging>(ends()) = nullptr;

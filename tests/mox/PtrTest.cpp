@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <type_traits>
 #include <unordered_set>
 #include <utility>
@@ -178,7 +179,7 @@ TEST_P(PtrWithSwitch, countStartsAtOneAndTellsItsEnd) {
 
 TEST(Ptr, nullHoldsNothing) {
   const Ptr<Probe> null;
-  const Ptr<Probe> copy(null);
+  const Ptr<Probe> copy(null);  // NOLINT(performance-unnecessary-copy-initialization)
   const Ptr<Probe> fromRaw(static_cast<Probe*>(nullptr));
   const Ptr<const PtrInterface> converted(null);
   EXPECT_EQ(null.get(), nullptr);
@@ -205,7 +206,7 @@ TEST(Ptr, equalMeansSameObject) {
 
 TEST(Ptr, orderIsThatOfAddresses) {
   int ends = 0;
-  Probe probes[2] = {Probe(ends), Probe(ends)};
+  std::array<Probe, 2> probes = {Probe(ends), Probe(ends)};
   const Ptr<Probe> low(&probes[0]);
   const Ptr<Probe> high(&probes[1]);
   EXPECT_TRUE(low < high);

@@ -68,7 +68,7 @@ TEST_F(PtrThreads, copiesAndDropsLeaveRightCount) {
   auto object = ledger();
   inThreads([&object](std::size_t) {
     for (int i = 0; i < rounds; ++i) {
-      const Ptr<Ledger> copy(object);
+      const Ptr<Ledger> copy(object);  // NOLINT(performance-unnecessary-copy-initialization)
       Ptr<const Ledger> constant(copy);
       const Ptr<const PtrInterface> moved(std::move(constant));
       const Ptr<Ledger> again(copy.get());

@@ -54,7 +54,7 @@ class Storage {
   void destroy(std::size_t first, std::size_t n) { std::destroy_n(place(first), n); }
 
  private:
-  alignas(T) std::array<std::byte, places * sizeof(T)> bytes_;
+  alignas(T) std::array<std::byte, places * sizeof(T)> bytes_{};
 };
 
 template <class T>

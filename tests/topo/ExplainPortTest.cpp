@@ -95,6 +95,21 @@ TEST(ExplainPort, isNotReportedByThePublisherForAReason) {
   EXPECT_EQ(after("interface Ethernet1 link unknown"), "not in the instance status: the link is unknown");
   EXPECT_EQ(after("interface Ethernet1 model routed"), "not in the instance status: the interface is routed");
   EXPECT_EQ(after("no interface Ethernet1"), "not in the instance status: the interface has no status");
+  EXPECT_EQ(Explained(running + "start publisher\nno vlan 10 port Ethernet1\nsettle\n")["port status"],
+            "not in the instance status: the library does not publish the port");
+}
+
+TEST(ExplainPort, isReportedByThePublisherAsTheKindOfItsInterfaceDemands) {
+  const auto portStatusOf = [](const std::string& intf, const std::string& lines) {
+    return Explained(
+        running + "vlan 10 port " + intf + "\ntopology A port " + intf + '\n' + lines + "\nstart publisher\nsettle\n",
+        "vlan 10 port " + intf)["port status"];
+  };
+  EXPECT_EQ(portStatusOf("Cpu", ""), "in the instance status");
+  EXPECT_EQ(portStatusOf("Ethernet1.5", ""), "not in the instance status: the interface has no status");
+  const std::string subIntf = "interface Ethernet1.5 link down model ";
+  EXPECT_EQ(portStatusOf("Ethernet1.5", subIntf + "routed"), "in the instance status");
+  EXPECT_EQ(portStatusOf("Ethernet1.5", subIntf + "bridged"), "not in the instance status: the link is down");
 }
 
 TEST(ExplainPort, hasAStatus) {

@@ -1,6 +1,7 @@
 // How a line is read: words, comments, quotes, lists, ranges, numbers. A bad line changes nothing.
 
 #include "tests/topo/Run.h"
+#include "topo/Text.h"
 
 namespace Topo {
 namespace {
@@ -75,6 +76,11 @@ TEST(Language, anErrorIsOneLineOfBoundedLength) {
   const std::string error = errorOf(std::string(5000, 'a'));
   EXPECT_LT(error.size(), 1100U);
   EXPECT_EQ(error.substr(error.size() - 4), "...\n");
+  for (const std::string shift : {"", "a", "aa"}) {
+    std::string word = shift;
+    while (word.size() < 5000) word += "\xE2\x82\xAC";
+    EXPECT_TRUE(isUtf8(errorOf(word))) << "cut within a character";
+  }
 }
 
 TEST(Language, oneInterfaceIsNoRange) {

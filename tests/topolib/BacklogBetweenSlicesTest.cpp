@@ -84,9 +84,7 @@ TEST_F(BacklogSliceInitial, vlanThatStaysGoesOn) {
 }
 
 TEST_F(BacklogSlice, vlanMovedBetweenSlicesIsVisitedAgain) {
-  start();
-  membersAre(threePorts);
-  agent.drain();
+  startWithThreePorts();
   oneItemASlice();
   for (unsigned slices = 1; slices <= 7; ++slices) {
     SCOPED_TRACE(slices);
@@ -103,9 +101,7 @@ TEST_F(BacklogSlice, vlanMovedBetweenSlicesIsVisitedAgain) {
 }
 
 TEST_F(BacklogSlice, portChangedBetweenSlicesAfterItWasServedIsServedAgain) {
-  start();
-  membersAre(threePorts);
-  agent.drain();
+  startWithThreePorts();
   agent.libSm->doOnVlanPortUpdate(10, {});
   oneItemASlice();
   for (unsigned i = 0; i < 4; ++i) run();
@@ -121,9 +117,7 @@ TEST_F(BacklogSlice, portChangedBetweenSlicesAfterItWasServedIsServedAgain) {
 }
 
 TEST_F(BacklogSlice, vlanMarkedWhileItIsBookmarkedIsServedFromTheFirstStep) {
-  start();
-  membersAre(threePorts);
-  agent.drain();
+  startWithThreePorts();
   agent.libSm->doOnVlanPortUpdate(10, {});
   oneItemASlice();
   for (unsigned i = 0; i < 4; ++i) run();
@@ -136,9 +130,7 @@ TEST_F(BacklogSlice, vlanMarkedWhileItIsBookmarkedIsServedFromTheFirstStep) {
 }
 
 TEST_F(BacklogSlice, configurationThatGoesBetweenSlicesTakesEverythingAlong) {
-  start();
-  membersAre(threePorts);
-  agent.drain();
+  startWithThreePorts();
   oneItemASlice();
   for (unsigned slices = 1; slices <= 6; ++slices) {
     SCOPED_TRACE(slices);

@@ -30,6 +30,12 @@ class BacklogSlice : public testing::Test {
     agent.startLibrary();
     agent.drain();
   }
+  /// With three members of VLAN 10, everything processed.
+  void startWithThreePorts() {
+    start();
+    membersAre(threePorts);
+    agent.drain();
+  }
   Topology::Library::TopoLibCodef& codef() { return *agent.libSm->topoLibCodef(); }
   Topology::Library::DirtyVlanDir& directory() { return *agent.libSm->dirtyVlanDir(); }
   const Topology::Library::TopoToVlanMap& registered() { return *agent.libSm->topoToVlanMap(); }
