@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "mox/Assert.h"
 #include "mox/Exception.h"
@@ -11,7 +12,10 @@ namespace Mox {
 Clock::Clock() noexcept = default;
 
 Clock::~Clock() {
-  for (const Armed& armed : armed_) armed.reactor->isQueued_ = false;
+  while (!armed_.empty()) {
+    NotifieeConst* const reactor = armed_.begin()->reactor;
+    reactor->place_ = armed_.extract(armed_.begin());
+  }
 }
 
 double Clock::nextDue() const noexcept {
@@ -34,6 +38,11 @@ std::size_t Clock::dispatch(double now) {
     ++called;
     position.reactor->onTimeMin();
   }
+}
+
+Clock::NotifieeConst::NotifieeConst() {
+  Queue made{{timeMin_, order_, this}};
+  place_ = made.extract(made.begin());
 }
 
 Clock::NotifieeConst::~NotifieeConst() { Clock::NotifieeConst::isRegisteredNotifieeIs(false); }
@@ -67,18 +76,17 @@ void Clock::NotifieeConst::isRegisteredNotifieeIs(bool registered) {
 
 void Clock::NotifieeConst::onAttribute(AttributeId /*id*/, const void* /*key*/) {}
 
-void Clock::NotifieeConst::enqueue() {
+void Clock::NotifieeConst::enqueue() noexcept {
   if (!isArmed_ || !isRegisteredNotifiee() || !hasNotificationActive()) return;
   const auto& clock = static_cast<const Clock&>(*notifier());
   order_ = clock.nextOrder_++;
-  clock.armed_.insert({timeMin_, order_, this});
-  isQueued_ = true;
+  place_.value() = {timeMin_, order_, this};
+  clock.armed_.insert(std::move(place_));
 }
 
 void Clock::NotifieeConst::dequeue() noexcept {
-  if (!isQueued_) return;
-  static_cast<const Clock&>(*notifier()).armed_.erase({timeMin_, order_, this});
-  isQueued_ = false;
+  if (place_) return;
+  place_ = static_cast<const Clock&>(*notifier()).armed_.extract({timeMin_, order_, this});
 }
 
 }  // namespace Mox

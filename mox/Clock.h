@@ -21,7 +21,8 @@
 //   - A reactor that is inactive or not registered when its time comes stays armed and is called once it is back.
 //   - An exception that a handler lets out ends the round; those not called yet stay armed.
 //
-// Cost: arming for the time that is armed already is a comparison; any other arming is logarithmic in the number armed.
+// Cost: arming for the time that is armed already is a comparison; any other arming is logarithmic in the number armed. A
+// reactor brings its place along, so that arming never lacks memory.
 
 #pragma once
 
@@ -60,8 +61,10 @@ class MOX_PUBLIC Clock : public Entity {
     }
   };
 
+  using Queue = std::set<Armed>;
+
   // Reactors hold their clock as a constant entity; being armed is their state, kept here in order.
-  mutable std::set<Armed> armed_;
+  mutable Queue armed_;
   mutable std::uint64_t nextOrder_ = 0;
 };
 
@@ -86,18 +89,18 @@ class MOX_PUBLIC Clock::NotifieeConst : public PtrInterface::NotifieeConst {
   virtual void onTimeMin() = 0;
 
  protected:
-  NotifieeConst() noexcept = default;
+  NotifieeConst();
 
  private:
   friend Clock;
 
-  void enqueue();
+  void enqueue() noexcept;
   void dequeue() noexcept;
 
   double timeMin_ = 0.0;
   std::uint64_t order_ = 0;
   bool isArmed_ = true;
-  bool isQueued_ = false;  // armed, registered and active: stands in the clock's order
+  Queue::node_type place_;  // in the clock's order while the reactor is armed, registered and active; otherwise here
 };
 
 }  // namespace Mox

@@ -8,11 +8,13 @@
 
 #include "mox/Exception.h"
 #include "tests/support/Alarm.h"
+#include "tests/support/Allocations.h"
 
 namespace Mox {
 namespace {
 
 using Test::Alarm;
+using Test::FailingAllocations;
 using Test::Journal;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -57,6 +59,35 @@ TEST(Clock, freshReactorWaitsUntilItIsActive) {
   alarm.hasNotificationActiveIs(true);
   EXPECT_EQ(clock->nextDue(), 0.0);
   EXPECT_EQ(clock->dispatch(9.0), 1U);
+}
+
+TEST(Clock, armingNeedsNoMemory) {
+  const auto clock = makePtr<Clock>();
+  Journal journal;
+  journal.reserve(2);
+  Alarm alarm(nullptr, journal, "a");
+  {
+    const FailingAllocations failing;
+    alarm.notifierIs(clock.get());
+    alarm.timeMinIs(1.0);
+    alarm.timeMinIs(infinity);
+    alarm.timeMinIs(2.0);
+    alarm.hasNotificationActiveIs(false);
+    alarm.hasNotificationActiveIs(true);
+    clock->dispatch(2.0);
+    alarm.timeMinIs(0.0);
+    clock->dispatch(2.0);
+  }
+  EXPECT_EQ(journal, (Journal{"a", "a"}));
+}
+
+TEST(Clock, reactorMayTakeItsArmingToAnotherClock) {
+  const auto second = makePtr<Clock>();
+  Journal journal;
+  Alarm alarm(makePtr<Clock>(), journal, "a", 1.0);
+  alarm.notifierIs(second.get());
+  EXPECT_EQ(second->nextDue(), 1.0);
+  EXPECT_EQ(second->dispatch(1.0), 1U);
 }
 
 TEST(Clock, reactorIsNotCalledBeforeItsTime) {
