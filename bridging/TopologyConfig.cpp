@@ -21,13 +21,26 @@ Mox::Ptr<TopoPortConfig> TopoConfig::topoPortConfigIs(Quill::IntfId intf, unsign
 Config::Config(Mox::String name) noexcept : NamedEntity(std::move(name)) {}
 Config::~Config() = default;
 
+// The inverse changes ahead of the notification, and what may lack memory changes first, so that both agree whatever happens.
+
 void Config::vidToTopoMapIs(VlanId vid, const Mox::String& name) {
-  topoOfVlanIs(vid, &name);
-  valueIs(vidToTopoMap_, vidToTopoMapAttr, vid, name);
+  const Mox::String* const present = vidToTopoMap(vid);
+  if (present != nullptr && *present == name) return;
+  const bool isMapped = present != nullptr;
+  Mox::String exchanged = name;
+  vlanOfTopoIs(name, vid);
+  try {
+    vidToTopoMap_.exchange(vid, exchanged);
+  } catch (...) {
+    vlanOfTopoDel(name, vid);
+    throw;
+  }
+  if (isMapped) vlanOfTopoDel(exchanged, vid);
+  notify(vidToTopoMapAttr, vid);
 }
 
 void Config::vidToTopoMapDel(VlanId vid) {
-  topoOfVlanIs(vid, nullptr);
+  if (const Mox::String* const name = vidToTopoMap(vid)) vlanOfTopoDel(*name, vid);
   valueDel(vidToTopoMap_, vidToTopoMapAttr, vid);
 }
 
@@ -45,16 +58,20 @@ std::vector<VlanId> Config::vlansOfTopo(const Mox::String& name) const {
   return vlans;
 }
 
-/// Moves a VLAN in the inverse map, ahead of the change of the map itself, which notifies.
-void Config::topoOfVlanIs(VlanId vid, const Mox::String* name) {
-  const Mox::String* const old = vidToTopoMap(vid);
-  if (old != nullptr && name != nullptr && *old == *name) return;
-  if (old != nullptr) {
-    auto* const vlans = vlansOfTopo_.find(*old);
-    vlans->erase(vid);
-    if (vlans->empty()) vlansOfTopo_.erase(*old);
+void Config::vlanOfTopoIs(const Mox::String& name, VlanId vid) {
+  if (auto* const vlans = vlansOfTopo_.find(name)) {
+    vlans->insertOrAssign(vid, {});
+  } else {
+    Mox::SetCollection<VlanId> first;
+    first.insertOrAssign(vid, {});
+    vlansOfTopo_.insert(name, std::move(first));
   }
-  if (name != nullptr) vlansOfTopo_.insert(*name, {}).first->insertOrAssign(vid, {});
+}
+
+void Config::vlanOfTopoDel(const Mox::String& name, VlanId vid) noexcept {
+  auto* const vlans = vlansOfTopo_.find(name);
+  vlans->erase(vid);
+  if (vlans->empty()) vlansOfTopo_.erase(name);
 }
 
 Mox::Ptr<Config> configFactory(const Mox::String& name) { return Mox::makePtr<Config>(name); }

@@ -122,7 +122,8 @@ class MOX_PUBLIC Config : public Mox::NamedEntity {
   void topoConfigDelAll() { memberDelAll(topoConfig_, topoConfigAttr); }
 
  private:
-  void topoOfVlanIs(VlanId vid, const Mox::String* name);
+  void vlanOfTopoIs(const Mox::String& name, VlanId vid);
+  void vlanOfTopoDel(const Mox::String& name, VlanId vid) noexcept;
 
   Mox::ValueCollection<VlanId, Mox::String> vidToTopoMap_;
   Mox::HashMap<Mox::String, Mox::SetCollection<VlanId>> vlansOfTopo_;  // the inverse, without empty sets

@@ -6,8 +6,17 @@ MappedVlan::MappedVlan(Mox::String name) noexcept : NamedEntity(std::move(name))
 MappedVlan::~MappedVlan() = default;
 
 void MappedVlan::vlanIs(Bridging::VlanId vid, bool v) {
-  if (TopoToVlanMap* const in = map(); in != nullptr && !vlan_.has(vid)) in->registered(vid, name());
-  valueIs(vlan_, vlanAttr, vid, v);
+  TopoToVlanMap* const in = vlan_.has(vid) ? nullptr : map();
+  if (!vlan_.exchange(vid, v)) return;
+  if (in != nullptr) {
+    try {
+      in->registered(vid, name());
+    } catch (...) {
+      vlan_.erase(vid);
+      throw;
+    }
+  }
+  notify(vlanAttr, vid);
 }
 
 void MappedVlan::vlanDel(Bridging::VlanId vid) {

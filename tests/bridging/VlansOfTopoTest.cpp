@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <new>
 #include <string>
 #include <vector>
 
 #include "bridging/TopologyConfig.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/Random.h"
 #include "tests/support/Recorder.h"
 
@@ -14,6 +17,7 @@ namespace Bridging::Topology {
 namespace {
 
 using Mox::String;
+using Test::FailingAllocations;
 using Test::Recorder;
 using Vlans = std::vector<VlanId>;
 
@@ -146,6 +150,35 @@ TEST(VlansOfTopo, readerMayMapAgainWhatIsBeingDeleted) {
   EXPECT_EQ(config->vlansOfTopo("A"), Vlans{});
   EXPECT_EQ(config->vlansOfTopo("B"), mappedTo(*config, "B"));
   EXPECT_EQ(config->vlansOfTopo("B"), Vlans{10}) << "it was put in behind the pass";
+}
+
+TEST(VlansOfTopo, agreeWithTheMapWhenMemoryRunsOut) {
+  const String other = "B";
+  for (const bool isMapped : {false, true}) {
+    for (const bool isOtherKnown : {false, true}) {
+      bool isDone = false;
+      for (std::size_t spared = 0; !isDone; ++spared) {
+        SCOPED_TRACE(spared);
+        const auto config = configFactory("config");
+        if (isMapped) config->vidToTopoMapIs(10, "A");
+        if (isOtherKnown) config->vidToTopoMapIs(20, other);
+        Recorder recorder(config.get());
+        recorder.events.reserve(1);
+        try {
+          const FailingAllocations failing(spared);
+          config->vidToTopoMapIs(10, other);
+          isDone = true;
+        } catch (const std::bad_alloc&) {
+          EXPECT_EQ(config->vidToTopoMapHas(10), isMapped);
+        }
+        EXPECT_EQ(recorder.events.size(), isDone ? 1U : 0U);
+        EXPECT_EQ(config->vlansOfTopo("A"), mappedTo(*config, "A"));
+        EXPECT_EQ(config->vlansOfTopo(other), mappedTo(*config, other));
+        config->vidToTopoMapDelAll();
+        EXPECT_EQ(config->vlansOfTopo(other), Vlans{});
+      }
+    }
+  }
 }
 
 TEST(VlansOfTopo, agreeWithTheMapThroughRandomChanges) {

@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <map>
+#include <new>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "tests/support/Allocations.h"
 #include "tests/support/Random.h"
 #include "tests/support/Recorder.h"
 #include "topolib/TopoToVlanMap.h"
@@ -16,6 +19,7 @@ namespace {
 
 using Bridging::VlanId;
 using Mox::String;
+using Test::FailingAllocations;
 using Test::Recorder;
 
 /// The first topology of a pass that has the VLAN.
@@ -77,6 +81,31 @@ TEST(TopoOfVlan, registrationThatIsWrittenAgainCountsOnce) {
   mapped->vlanDel(10);
   mapped->vlanIs(10);
   EXPECT_EQ(map->topoOfVlan(10), "A");
+}
+
+TEST(TopoOfVlan, agreesWithTheMapWhenMemoryRunsOut) {
+  for (const bool isElsewhere : {false, true}) {
+    bool isDone = false;
+    for (std::size_t spared = 0; !isDone; ++spared) {
+      SCOPED_TRACE(spared);
+      const auto map = topoToVlanMapFactory("map");
+      if (isElsewhere) map->mappedVlanIs("B")->vlanIs(10);
+      const auto mapped = map->mappedVlanIs("A");
+      Recorder recorder(mapped.get());
+      recorder.events.reserve(1);
+      try {
+        const FailingAllocations failing(spared);
+        mapped->vlanIs(10);
+        isDone = true;
+      } catch (const std::bad_alloc&) {
+        EXPECT_EQ(mapped->vlan(10), nullptr);
+      }
+      EXPECT_EQ(recorder.events.size(), isDone ? 1U : 0U);
+      EXPECT_EQ(map->topoOfVlan(10), firstOf(*map, 10));
+      map->mappedVlanDelAll();
+      EXPECT_EQ(map->topoOfVlan(10), "");
+    }
+  }
 }
 
 TEST(TopoOfVlan, isEmptyOnceTheTopologyIsDeleted) {
