@@ -95,8 +95,7 @@ TraceStatement::~TraceStatement() {
     (sink != nullptr ? *sink : standardError())
         .write({System::presentTime(), handle_.facility(), level_, file_, line_, function_, text});
   } catch (...) {
-    // A trace that cannot be written must not change what the program does.
-    return;
+    return;  // nobody can be told
   }
 }
 

@@ -9,15 +9,15 @@
 //   Mox::traceSinkIs(&mySink);
 //
 // A statement at level N writes when bit N of its facility's mask is set; otherwise it costs a load and a branch, and
-// nothing behind it is evaluated. Anything with a stream operator can be streamed; bool prints as true or false.
+// nothing behind it is evaluated. Anything with a stream operator can be streamed; bool prints as true or false. What a
+// stream operator or a sink throws ends there: tracing never changes what the program does.
 //
 // Levels of the libraries here: 2 detail of decisions, 3 topology and port life cycle, 4 marking dirty, 5 backlog
 // progress, 6 link up and down, 7 status publisher, 8 entry of a handler, 9 state of the backlog processor.
 //
 // Rules: a facility is known by its name; handles of one name share their mask, which may be set before the first handle
 // exists. Without a sink of one's own, a line goes to standard error as tab-separated fields: time, facility, level,
-// file:line, function, text. What a sink throws ends with the statement. A sink that traces itself
-// is not called again for that. Everything runs on the activity thread.
+// file:line, function, text. A sink that traces itself is not called again for that. Everything runs on the activity thread.
 
 #pragma once
 
@@ -98,7 +98,16 @@ class MOX_PUBLIC TraceStatement {
   TraceStatement& operator=(const TraceStatement&) = delete;
   ~TraceStatement();
 
-  [[nodiscard]] std::ostream& text() noexcept { return text_; }
+  /// Adds a piece of the text. In place of one that cannot be printed it adds "(unprintable)".
+  template <class T>
+  TraceStatement& operator<<(const T& piece) noexcept {
+    try {
+      text_ << piece;
+    } catch (...) {
+      text_ << "(unprintable)";
+    }
+    return *this;
+  }
 
  private:
   const TraceHandle& handle_;
@@ -113,7 +122,7 @@ namespace detail {
 
 /// Gives both branches of a trace statement the type void. Binds looser than the stream operator.
 struct TraceEnd {
-  void operator&(const std::ostream& /*text*/) const noexcept {}
+  void operator&(const TraceStatement& /*statement*/) const noexcept {}
 };
 
 }  // namespace detail
@@ -121,8 +130,7 @@ struct TraceEnd {
 }  // namespace Mox
 
 // An expression, so that it stands wherever a statement may, an `if` without braces included.
-#define MOX_TRACE(file, handle, level) \
-  !(handle).isEnabled(level)           \
-      ? static_cast<void>(0)           \
-      : ::Mox::detail::TraceEnd() &    \
-            ::Mox::TraceStatement((handle), (level), (file), __LINE__, static_cast<const char*>(__func__)).text()
+#define MOX_TRACE(file, handle, level)                                                                                \
+  !(handle).isEnabled(level) ? static_cast<void>(0)                                                                   \
+                             : ::Mox::detail::TraceEnd() & ::Mox::TraceStatement((handle), (level), (file), __LINE__, \
+                                                                                 static_cast<const char*>(__func__))
