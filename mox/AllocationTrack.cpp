@@ -1,6 +1,6 @@
 #include "mox/AllocationTrack.h"
 
-#include <algorithm>
+#include <map>
 
 #include "mox/Type.h"
 
@@ -8,21 +8,19 @@ namespace Mox {
 
 namespace {
 
-std::vector<const detail::AllocationCounter*>& counters() {
-  static auto& instance = *new std::vector<const detail::AllocationCounter*>;
+// By name, since the description of a type may be unloaded with its module.
+std::map<std::string, detail::AllocationCounter>& counters() {
+  static auto& instance = *new std::map<std::string, detail::AllocationCounter>;
   return instance;
 }
 
 }  // namespace
 
-detail::AllocationCounter::AllocationCounter(const std::type_info& counted) : type(&counted) {
-  counters().push_back(this);
-}
+detail::AllocationCounter& detail::allocationCounter(const std::type_info& type) { return counters()[typeName(type)]; }
 
 std::vector<AllocationCount> allocationCounts() {
   std::vector<AllocationCount> counts;
-  for (const auto* counter : counters()) counts.push_back({typeName(*counter->type), counter->living, counter->made});
-  std::sort(counts.begin(), counts.end(), [](const auto& a, const auto& b) { return a.type < b.type; });
+  for (const auto& [type, counter] : counters()) counts.push_back({type, counter.living, counter.made});
   return counts;
 }
 

@@ -28,14 +28,14 @@ struct AllocationCount {
 
 namespace detail {
 
-/// The counter of one type. Registers itself with the first object.
-struct MOX_PUBLIC AllocationCounter {
-  explicit AllocationCounter(const std::type_info& counted);
-
-  const std::type_info* type;
+struct AllocationCounter {
   std::uint64_t living = 0;
   std::uint64_t made = 0;
 };
+
+/// The counter of a type. One for the whole process, where the template below is instantiated in every library that makes
+/// or ends such an object. Lives as long as the process: objects may end after all static destructors of their module.
+[[nodiscard]] MOX_PUBLIC AllocationCounter& allocationCounter(const std::type_info& type);
 
 }  // namespace detail
 
@@ -52,9 +52,8 @@ class AllocationTrack {
 
  private:
   [[nodiscard]] static detail::AllocationCounter& counter() {
-    // Lives as long as the process: objects may end after all static destructors of their module.
-    static auto& instance = *new detail::AllocationCounter(typeid(T));
-    return instance;
+    static detail::AllocationCounter& found = detail::allocationCounter(typeid(T));
+    return found;
   }
 };
 
