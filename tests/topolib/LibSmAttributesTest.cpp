@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "tests/support/Recorder.h"
@@ -12,11 +14,14 @@
 namespace Topology::Library {
 namespace {
 
+using Bridging::VlanId;
 using Test::inst;
+using Test::KeyRecorder;
 using Test::Recorder;
 using Test::StateLog;
 using Test::Switch;
 using Events = std::vector<Recorder::Event>;
+using Vlans = std::vector<VlanId>;
 
 class LibSmAttributes : public testing::Test {
  protected:
@@ -56,6 +61,76 @@ TEST_F(LibSmAttributes, directoryIsStoredAndNotifiedOnce) {
   EXPECT_EQ(libSm().dirtyVlanDir(), directory);
   EXPECT_EQ(recorder.events, Events{changed(LibSm::dirtyVlanDirAttr)});
 }
+
+// ---- the maps of VLAN expansion
+
+static_assert(std::is_same_v<decltype(std::declval<LibSm&>().vlanToExpVlanSetMap()), const VlanToExpVlanSetMap&>);
+static_assert(std::is_same_v<decltype(std::declval<LibSm&>().expVlanToVlanSetMap()), const ExpVlanToVlanSetMap&>);
+
+TEST_F(LibSmAttributes, setOfAVlanIsMadeOnceAndNotified) {
+  const KeyRecorder<VlanId> vlans(&libSm(), LibSm::vlanToExpVlanSetMapAttr);
+  const auto set = libSm().vlanToExpVlanSetMapIs(10);
+  EXPECT_EQ(libSm().vlanToExpVlanSetMapIs(10), set);
+  EXPECT_EQ(libSm().vlanToExpVlanSetMap(10), set.get());
+  EXPECT_TRUE(libSm().vlanToExpVlanSetMapHas(10));
+  EXPECT_EQ(set->vlanId(), VlanId(10));
+  EXPECT_EQ(set->parent(), &libSm());
+  EXPECT_EQ(vlans.keys, Vlans{10});
+  libSm().vlanToExpVlanSetMapDel(10);
+  libSm().vlanToExpVlanSetMapDel(10);
+  EXPECT_FALSE(libSm().vlanToExpVlanSetMapHas(10));
+  EXPECT_EQ(set->parent(), nullptr);
+  EXPECT_EQ(vlans.keys, (Vlans{10, 10}));
+}
+
+TEST_F(LibSmAttributes, setOfAnExpandedVlanIsMadeOnceAndNotified) {
+  const KeyRecorder<VlanId> vlans(&libSm(), LibSm::expVlanToVlanSetMapAttr);
+  const auto set = libSm().expVlanToVlanSetMapIs(10);
+  EXPECT_EQ(libSm().expVlanToVlanSetMapIs(10), set);
+  EXPECT_EQ(libSm().expVlanToVlanSetMap(10), set.get());
+  EXPECT_TRUE(libSm().expVlanToVlanSetMapHas(10));
+  EXPECT_EQ(set->vlanId(), VlanId(10));
+  EXPECT_EQ(set->parent(), &libSm());
+  EXPECT_EQ(vlans.keys, Vlans{10});
+  libSm().expVlanToVlanSetMapDel(10);
+  libSm().expVlanToVlanSetMapDel(10);
+  EXPECT_FALSE(libSm().expVlanToVlanSetMapHas(10));
+  EXPECT_EQ(vlans.keys, (Vlans{10, 10}));
+}
+
+TEST_F(LibSmAttributes, setsOfVlansAndOfExpandedVlansAreIndependent) {
+  EXPECT_NE(libSm().vlanToExpVlanSetMapIs(10), libSm().expVlanToVlanSetMapIs(10));
+  const KeyRecorder<VlanId> vlans(&libSm(), LibSm::vlanToExpVlanSetMapAttr);
+  libSm().expVlanToVlanSetMapIs(20);
+  EXPECT_TRUE(vlans.keys.empty());
+  EXPECT_EQ(libSm().vlanToExpVlanSetMap().size(), 1U);
+  EXPECT_EQ(libSm().expVlanToVlanSetMap().size(), 2U);
+}
+
+TEST_F(LibSmAttributes, setsAreAllDeletedInTheOrderOfAPass) {
+  const auto keysOf = [](const auto& map) {
+    Vlans keys;
+    for (const auto& [vid, set] : map) keys.push_back(vid);
+    return keys;
+  };
+  for (const int vid : {1, 2, 3, 100, 4094}) {
+    libSm().vlanToExpVlanSetMapIs(vid);
+    libSm().expVlanToVlanSetMapIs(vid);
+  }
+  const Vlans vlanPass = keysOf(libSm().vlanToExpVlanSetMap());
+  const Vlans expandedPass = keysOf(libSm().expVlanToVlanSetMap());
+  const KeyRecorder<VlanId> vlans(&libSm(), LibSm::vlanToExpVlanSetMapAttr);
+  const KeyRecorder<VlanId> expanded(&libSm(), LibSm::expVlanToVlanSetMapAttr);
+  libSm().vlanToExpVlanSetMapDelAll();
+  EXPECT_TRUE(libSm().vlanToExpVlanSetMap().empty());
+  EXPECT_EQ(vlans.keys, vlanPass);
+  EXPECT_TRUE(expanded.keys.empty());
+  libSm().expVlanToVlanSetMapDelAll();
+  EXPECT_TRUE(libSm().expVlanToVlanSetMap().empty());
+  EXPECT_EQ(expanded.keys, expandedPass);
+}
+
+// ---- what it owns
 
 TEST_F(LibSmAttributes, mapIsKeptByItsNameAndReplacedByAnother) {
   const auto map = libSm().topoToVlanMap();

@@ -37,17 +37,17 @@ TEST(TopoLibModule, listsItsEntitiesWithTheirAttributes) {
   for (const auto& type : module->type()) {
     if (type.value().empty()) entities[type.name()] = attributesOf(type);
   }
-  const std::map<std::string, Names> expected{
-      {"Topology::Library::LibState", {"topo[]", "initDone"}},
-      {"Topology::Library::Topo", {"port[]"}},
-      {"Topology::Library::Port", {"vlanPortConfig[]", "active", "state", "fdbFlush"}},
-      {"Topology::Library::TopoToVlanMap", {"mappedVlan[]"}},
-      {"Topology::Library::MappedVlan", {"vlan[]"}},
-      {"Topology::Library::DirtyVlanDir", {"dirtyVlan[]"}},
-      {"Topology::Library::DirtyVlan", {"dirty", "intf[]"}},
-      {"Topology::Library::VlanToVlanSet", {"someVlan[]"}},
-      {"Topology::Library::TopoLibCodefState", {"idle"}}};
-  for (const auto& [name, attributes] : expected) EXPECT_EQ(entities[name], attributes) << name;
+  EXPECT_EQ(entities, (std::map<std::string, Names>{
+                          {"Topology::Library::LibState", {"topo[]", "initDone"}},
+                          {"Topology::Library::Topo", {"port[]"}},
+                          {"Topology::Library::Port", {"vlanPortConfig[]", "active", "state", "fdbFlush"}},
+                          {"Topology::Library::TopoToVlanMap", {"mappedVlan[]"}},
+                          {"Topology::Library::MappedVlan", {"vlan[]"}},
+                          {"Topology::Library::DirtyVlanDir", {"dirtyVlan[]"}},
+                          {"Topology::Library::DirtyVlan", {"dirty", "intf[]"}},
+                          {"Topology::Library::VlanToVlanSet", {"someVlan[]"}},
+                          {"Topology::Library::Root", {"libSm", "topologyStatusLibSm"}},
+                          {"Topology::Library::TopoLibCodefState", {"idle"}}}));
 }
 
 TEST(TopoLibModule, listsItsModesByNumberAndName) {
