@@ -78,6 +78,7 @@ class VlanIdOrNone {
   /// Parses a decimal number; a text that is not a number, or one out of range, raises RangeException.
   [[nodiscard]] MOX_PUBLIC static VlanIdOrNone sequenceToValue(std::string_view text);
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): the 0 with which a rewritten comparison compares
   [[nodiscard]] friend constexpr auto operator<=>(VlanIdOrNone, VlanIdOrNone) noexcept = default;
   friend std::ostream& operator<<(std::ostream& out, VlanIdOrNone vid) { return out << vid.value_; }
 

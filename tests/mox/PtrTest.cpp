@@ -207,8 +207,8 @@ TEST(Ptr, equalMeansSameObject) {
 TEST(Ptr, orderIsThatOfAddresses) {
   int ends = 0;
   std::array<Probe, 2> probes = {Probe(ends), Probe(ends)};
-  const Ptr<Probe> low(&probes[0]);
-  const Ptr<Probe> high(&probes[1]);
+  const Ptr<Probe> low(probes.data());
+  const Ptr<Probe> high(probes.data() + 1);
   EXPECT_TRUE(low < high);
   EXPECT_TRUE(high > low);
   EXPECT_TRUE(low <= low);

@@ -130,7 +130,7 @@ TEST(Relocate, movesPointersWithoutCounting) {
 template <class K, class V>
 void moveSlot(const K& key, V value, std::uint64_t number) {
   using Place = Slot<K, V>;
-  alignas(Place) std::array<std::byte, 2 * sizeof(Place)> bytes;
+  alignas(Place) std::array<std::byte, 2 * sizeof(Place)> bytes{};
   auto* const slots = reinterpret_cast<Place*>(bytes.data());
   new (slots) Place(77, key, std::move(value));
   relocate(slots + 1, slots, 1);

@@ -183,7 +183,7 @@ class StateMachines : public testing::Test {
  protected:
   /// A guard with a reactor of each kind.
   [[nodiscard]] Ptr<GuardSm> guard() {
-    const auto sm = makePtr<GuardSm>(calls, lamp);
+    auto sm = makePtr<GuardSm>(calls, lamp);
     sm->bulbIs(left);
     sm->spareIs("a", right);
     sm->spareIs("b", right);

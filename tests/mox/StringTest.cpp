@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
@@ -56,11 +57,11 @@ TEST(String, emptyTextHoldsNoMemory) {
 
 TEST(String, isMadeFromAnythingThatReadsAsText) {
   const std::string text = "state";
-  const char characters[] = {'s', 't', 'a', 't', 'e', '!'};
+  const std::array characters = {'s', 't', 'a', 't', 'e', '!'};
   EXPECT_EQ(String("state").view(), "state");
   EXPECT_EQ(String(text).view(), "state");
   EXPECT_EQ(String(text.c_str()).view(), "state");
-  EXPECT_EQ(String(std::string_view(characters, 5)).view(), "state");
+  EXPECT_EQ(String(std::string_view(characters.data(), 5)).view(), "state");
   static_assert(!std::is_constructible_v<String, int>);
 }
 
@@ -72,8 +73,8 @@ TEST(String, keepsItsCharactersForItself) {
 }
 
 TEST(String, endsWithZero) {
-  const char characters[] = {'a', 'b', 'c', 'd'};
-  const String s = std::string_view(characters, 3);
+  const std::array characters = {'a', 'b', 'c', 'd'};
+  const String s = std::string_view(characters.data(), 3);
   EXPECT_STREQ(s.c_str(), "abc");
   EXPECT_EQ(s.c_str()[s.size()], '\0');
 }

@@ -190,9 +190,8 @@ class NotificationModel final : public World {
 
  private:
   struct Reactor {
-    bool isActive;
-    std::size_t lamp;
-    Reactor() : isActive(true), lamp(noLamp) {}
+    bool isActive = true;
+    std::size_t lamp = noLamp;
   };
   struct Lamp {
     std::size_t watt = 0;

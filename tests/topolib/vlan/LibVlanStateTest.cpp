@@ -15,7 +15,6 @@ using Bridging::AllowedTrafficDirection;
 using Test::KeyRecorder;
 using Test::Recorder;
 using Test::View;
-using Test::ViewLog;
 using Contents = std::set<std::string>;
 using Events = std::vector<Recorder::Event>;
 using Lines = std::vector<std::string>;

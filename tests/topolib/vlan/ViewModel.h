@@ -134,7 +134,7 @@ class ViewPlay {
     if (!viewSm_) return;
     isViewOn_ = false;
     viewSm_ = nullptr;
-    old_.push_back({view_, std::nullopt});
+    old_.emplace_back(view_, std::nullopt);
   }
   /// Ends it and starts it again over the same view. What would go meanwhile would stay in the view, so nothing does.
   void restartView() {

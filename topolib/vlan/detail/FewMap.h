@@ -20,8 +20,8 @@ namespace Topology::Library::Vlan::detail {
 template <class K, class V>
 class FewMap {
   struct Entry {
-    K key;
-    V value;
+    K key{};
+    V value{};
   };
   using Array = std::unique_ptr<Entry[]>;  // NOLINT(modernize-avoid-c-arrays): of exactly the number
 
