@@ -12,23 +12,15 @@
 #include <vector>
 
 #include "mox/Collection.h"
+#include "tests/support/RangeError.h"
 
 namespace Bridging {
 namespace {
 
+using Test::rangeErrorOf;
+
 constexpr const char* notAVlan = "VlanId::value < 1 or > 4094 not allowed";
 constexpr const char* notAVlanOrNone = "VlanIdOrNone::value > 4094 not allowed";
-
-/// The text of the RangeException that the function raises.
-template <class Function>
-std::string rangeError(Function function) {
-  try {
-    function();
-  } catch (const Mox::RangeException& e) {
-    return e.what();
-  }
-  return "no exception";
-}
 
 template <class T>
 std::string printed(const T& value) {
@@ -55,7 +47,7 @@ TEST(VlanId, isAnyNumberFrom1To4094) {
 
 TEST(VlanId, ofNumberOutOfRangeRaisesRangeException) {
   for (const int number : {0, 4095, 4096, -1, -4094, 65535}) {
-    EXPECT_EQ(rangeError([&] { return VlanId(number); }), notAVlan) << number;
+    EXPECT_EQ(rangeErrorOf([&] { return VlanId(number); }), notAVlan) << number;
   }
 }
 
@@ -65,7 +57,7 @@ TEST(VlanIdOrNone, isAnyNumberFrom0To4094) {
 
 TEST(VlanIdOrNone, ofNumberOutOfRangeRaisesRangeException) {
   for (const int number : {4095, 4096, -1, -4094, 65535}) {
-    EXPECT_EQ(rangeError([&] { return VlanIdOrNone(number); }), notAVlanOrNone) << number;
+    EXPECT_EQ(rangeErrorOf([&] { return VlanIdOrNone(number); }), notAVlanOrNone) << number;
   }
 }
 
@@ -93,10 +85,10 @@ TYPED_TEST(VlanIdFrom, everyNumberOfTheTypeIsCheckedWhole) {
       EXPECT_EQ(VlanId(number).value(), static_cast<std::uint16_t>(number));
       EXPECT_EQ(VlanIdOrNone(number).value(), static_cast<std::uint16_t>(number));
     } else {
-      EXPECT_EQ(rangeError([&] { return VlanId(number); }), notAVlan) << +number;
+      EXPECT_EQ(rangeErrorOf([&] { return VlanId(number); }), notAVlan) << +number;
     }
     if (!isVlan && number != 0) {
-      EXPECT_EQ(rangeError([&] { return VlanIdOrNone(number); }), notAVlanOrNone) << +number;
+      EXPECT_EQ(rangeErrorOf([&] { return VlanIdOrNone(number); }), notAVlanOrNone) << +number;
     }
   }
 }
@@ -116,7 +108,7 @@ TEST(VlanIdOrNone, ofAVlanIsNotNone) {
 TEST(VlanId, ofVlanIdOrNoneIsItsVlan) { EXPECT_EQ(VlanId(VlanIdOrNone(10)), VlanId(10)); }
 
 TEST(VlanId, ofNoneRaisesRangeException) {
-  EXPECT_EQ(rangeError([] { return VlanId(VlanIdOrNone()); }), notAVlan);
+  EXPECT_EQ(rangeErrorOf([] { return VlanId(VlanIdOrNone()); }), notAVlan);
 }
 
 TEST(VlanId, assignmentOfBadNumberKeepsTheValue) {
@@ -208,14 +200,14 @@ const std::vector<std::string> badTexts{"",
 
 TEST(VlanId, parseOfBadTextRaisesRangeException) {
   for (const std::string& text : badTexts) {
-    EXPECT_EQ(rangeError([&] { return VlanId::sequenceToValue(text); }), notAVlan) << '"' << text << '"';
+    EXPECT_EQ(rangeErrorOf([&] { return VlanId::sequenceToValue(text); }), notAVlan) << '"' << text << '"';
   }
-  EXPECT_EQ(rangeError([] { return VlanId::sequenceToValue("0"); }), notAVlan);
+  EXPECT_EQ(rangeErrorOf([] { return VlanId::sequenceToValue("0"); }), notAVlan);
 }
 
 TEST(VlanIdOrNone, parseOfBadTextRaisesRangeException) {
   for (const std::string& text : badTexts) {
-    EXPECT_EQ(rangeError([&] { return VlanIdOrNone::sequenceToValue(text); }), notAVlanOrNone) << '"' << text << '"';
+    EXPECT_EQ(rangeErrorOf([&] { return VlanIdOrNone::sequenceToValue(text); }), notAVlanOrNone) << '"' << text << '"';
   }
 }
 

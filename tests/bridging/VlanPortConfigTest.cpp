@@ -2,78 +2,24 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "tests/support/Enumeration.h"
 
 namespace Bridging {
 namespace {
 
-struct Row {
-  std::uint32_t number;
-  AllowedTrafficDirection direction;
-  std::string name;
+struct Directions {
+  using Instance = AllowedTrafficDirectionInstance;
+  static inline const std::string type = "AllowedTrafficDirection";
+  static inline const std::vector<std::pair<AllowedTrafficDirection, std::string>> values{
+      {AllowedTrafficDirection::both, "both"},
+      {AllowedTrafficDirection::ingress, "ingress"},
+      {AllowedTrafficDirection::egress, "egress"},
+      {AllowedTrafficDirection::none, "none"}};
 };
-const std::vector<Row> rows{{0, AllowedTrafficDirection::both, "both"},
-                            {1, AllowedTrafficDirection::ingress, "ingress"},
-                            {2, AllowedTrafficDirection::egress, "egress"},
-                            {3, AllowedTrafficDirection::none, "none"}};
-
-/// The text of the RangeException that the function raises.
-template <class Function>
-std::string rangeError(Function function) {
-  try {
-    function();
-  } catch (const Mox::RangeException& e) {
-    return e.what();
-  }
-  return "no exception";
-}
-
-TEST(AllowedTrafficDirection, hasItsNumbersAndNoOthers) {
-  for (const auto& [number, direction, name] : rows) EXPECT_EQ(static_cast<std::uint32_t>(direction), number);
-  EXPECT_EQ(moxEnumValues(AllowedTrafficDirection()).size(), rows.size());
-}
-
-TEST(AllowedTrafficDirection, isWrittenAsItsName) {
-  for (const auto& [number, direction, name] : rows) {
-    std::ostringstream out;
-    out << direction;
-    EXPECT_EQ(out.str(), name);
-    EXPECT_EQ(stringValue(direction), name);
-    EXPECT_EQ(valueToStrep(direction), name);
-  }
-}
-
-TEST(AllowedTrafficDirection, isParsedFromItsName) {
-  for (const auto& [number, direction, name] : rows) {
-    EXPECT_EQ(Mox::EnumType<AllowedTrafficDirection>::sequenceToValue(name), direction);
-    EXPECT_EQ(AllowedTrafficDirectionInstance(name).value(), direction);
-  }
-}
-
-TEST(AllowedTrafficDirection, isChosenByItsNumber) {
-  for (const auto& [number, direction, name] : rows) {
-    const AllowedTrafficDirection chosen = AllowedTrafficDirectionInstance(number);
-    EXPECT_EQ(chosen, direction);
-  }
-}
-
-TEST(AllowedTrafficDirection, ofUnknownNameRaisesRangeException) {
-  for (const std::string name : {"", "Both", "both ", "ingress,egress", "0"}) {
-    EXPECT_EQ(rangeError([&] { return AllowedTrafficDirectionInstance(name); }),
-              "AllowedTrafficDirection::value " + name + " not allowed");
-  }
-}
-
-TEST(AllowedTrafficDirection, ofUnknownNumberRaisesRangeException) {
-  EXPECT_EQ(rangeError([] { return AllowedTrafficDirectionInstance(4); }),
-            "AllowedTrafficDirection::value 4 not allowed");
-}
-
-TEST(AllowedTrafficDirection, ofUnknownNumberIsWrittenAsTheNumber) {
-  EXPECT_EQ(stringValue(static_cast<AllowedTrafficDirection>(4)), "4");
-}
 
 TEST(VlanPortConfig, isBothWaysTaggedAndNotThePvidByDefault) {
   const VlanPortConfig config;
@@ -106,7 +52,7 @@ TEST(VlanPortConfig, eachPartIsWrittenAlone) {
 
 TEST(VlanPortConfig, isEqualExactlyWhenEveryPartIs) {
   std::vector<VlanPortConfig> all;
-  for (const auto& [number, direction, name] : rows) {
+  for (const auto& [direction, name] : Directions::values) {
     for (const bool untagged : {false, true}) {
       for (const bool pvid : {false, true}) all.emplace_back(direction, untagged, pvid);
     }
@@ -127,3 +73,7 @@ TEST(VlanPortConfig, isCopied) {
 
 }  // namespace
 }  // namespace Bridging
+
+namespace Test {
+INSTANTIATE_TYPED_TEST_SUITE_P(AllowedTrafficDirection, Enumeration, Bridging::Directions);
+}  // namespace Test

@@ -1,21 +1,15 @@
 #include <gtest/gtest.h>
 
-#include "tests/topolib/Agent.h"
+#include "tests/topolib/Switch.h"
 
 namespace Topology::Library {
 namespace {
 
-using Test::Agent;
+using Test::Running;
+using Test::Start;
 
 TEST(LibSm, publishesAPortFromEndToEnd) {
-  Agent agent;
-  agent.topoIs("A");
-  agent.topoPortIs("A", "Ethernet1");
-  agent.linkIs("Ethernet1");
-  agent.vlanIs(10, "A");
-  agent.memberIs(10, "Ethernet1");
-  agent.startLibrary();
-  agent.drain();
+  const Running agent{Start{}};
   ASSERT_TRUE(agent.carries("A", "Ethernet1", 10));
   EXPECT_TRUE(agent.port("A", "Ethernet1")->active());
   EXPECT_EQ(agent.port("A", "Ethernet1")->state(), Bridging::Topology::PortState::forwarding);

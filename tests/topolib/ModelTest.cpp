@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "tests/topolib/Switch.h"
 #include "tests/topolib/model/Chance.h"
 #include "tests/topolib/model/Shrink.h"
 
@@ -24,10 +25,12 @@ using Test::fuzzFactor;
 using Test::mapVlan;
 using Test::Play;
 using Test::randomSeed;
+using Test::Running;
 using Test::Sequence;
 using Test::shrunk;
 using Test::shrunkReport;
-using Status = Test::Start::Status;
+using Test::Start;
+using Status = Start::Status;
 
 /// How a test is arranged; what it leaves open is up to chance.
 struct Case {
@@ -110,16 +113,6 @@ INSTANTIATE_TEST_SUITE_P(
 
 /// An agent whose library has published a port.
 struct ModelCheck : testing::Test {
-  ModelCheck() {
-    agent.topoIs("A");
-    agent.topoPortIs("A", "Ethernet1");
-    agent.linkIs("Ethernet1");
-    agent.vlanIs(10, "A");
-    agent.memberIs(10, "Ethernet1");
-    agent.startLibrary();
-    agent.drain();
-  }
-
   [[nodiscard]] std::vector<std::string> differences() const { return Check(agent).differences(); }
   [[nodiscard]] bool hasDifference(const std::string& text) const {
     const std::vector<std::string> all = differences();
@@ -127,7 +120,7 @@ struct ModelCheck : testing::Test {
   }
   [[nodiscard]] Port& port() const { return *agent.state->topo("A")->port("Ethernet1"); }
 
-  Agent agent;
+  Running agent{Start{}};
 };
 
 TEST_F(ModelCheck, isContentWithWhatIsRight) { EXPECT_EQ(differences(), std::vector<std::string>()); }

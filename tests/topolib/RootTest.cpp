@@ -11,14 +11,15 @@
 
 #include "tests/support/Recorder.h"
 #include "tests/support/TraceLines.h"
-#include "tests/topolib/Agent.h"
+#include "tests/topolib/Switch.h"
 #include "topolib/LocalIntfFilter.h"
 
 namespace Topology::Library {
 namespace {
 
-using Test::Agent;
 using Test::Recorder;
+using Test::Running;
+using Test::Start;
 
 /// The arguments of a start, which a test changes one by one.
 struct Arguments {
@@ -241,14 +242,7 @@ TEST_F(RootStart, startThatFailsDoesNotLeaveARetiredOneBehind) {
 }
 
 TEST_F(RootStart, leavesTheStateAsItStandsWhenItEnds) {
-  Agent agent;
-  agent.topoIs("A");
-  agent.topoPortIs("A", "Ethernet1");
-  agent.linkIs("Ethernet1");
-  agent.vlanIs(10, "A");
-  agent.memberIs(10, "Ethernet1");
-  agent.startLibrary();
-  agent.drain();
+  Running agent{Start{}};
   agent.libSm = nullptr;
   agent.root = nullptr;
   ASSERT_TRUE(agent.carries("A", "Ethernet1", 10));
