@@ -18,6 +18,8 @@ struct PortStates {
                                                                             {PortState::blocking, "blocking"},
                                                                             {PortState::learning, "learning"},
                                                                             {PortState::forwarding, "forwarding"}};
+  static inline const std::vector<std::string> unknown{"listening",   "",        "Forwarding", "forwarding ",
+                                                       " forwarding", "forward", "3"};
 };
 
 TEST(PortState, zeroValueIsDisabled) { EXPECT_EQ(PortState(), PortState::disabled); }

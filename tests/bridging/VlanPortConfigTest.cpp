@@ -19,6 +19,7 @@ struct Directions {
       {AllowedTrafficDirection::ingress, "ingress"},
       {AllowedTrafficDirection::egress, "egress"},
       {AllowedTrafficDirection::none, "none"}};
+  static inline const std::vector<std::string> unknown{"", "Both", "both ", "ingress,egress", "0"};
 };
 
 TEST(VlanPortConfig, isBothWaysTaggedAndNotThePvidByDefault) {

@@ -17,6 +17,7 @@ struct LinkStates {
   static inline const std::string type = "LinkStatus";
   static inline const std::vector<std::pair<LinkStatus, std::string>> values{
       {LinkStatus::unknown, "unknown"}, {LinkStatus::down, "down"}, {LinkStatus::up, "up"}};
+  static inline const std::vector<std::string> unknown{"", "Up", "up ", " up", "Routed", "bridge", "0", "x"};
 };
 
 struct ForwardingModels {
@@ -26,6 +27,7 @@ struct ForwardingModels {
       {ForwardingModel::unspecified, "unspecified"}, {ForwardingModel::dropped, "dropped"},
       {ForwardingModel::routed, "routed"},           {ForwardingModel::mirrored, "mirrored"},
       {ForwardingModel::bridged, "bridged"},         {ForwardingModel::tunneled, "tunneled"}};
+  static inline const std::vector<std::string> unknown{"", "Up", "up ", " up", "Routed", "bridge", "0", "x"};
 };
 
 }  // namespace

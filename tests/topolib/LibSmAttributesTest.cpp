@@ -95,6 +95,7 @@ TEST_F(LibSmAttributes, setOfAnExpandedVlanIsMadeOnceAndNotified) {
   libSm().expVlanToVlanSetMapDel(10);
   libSm().expVlanToVlanSetMapDel(10);
   EXPECT_FALSE(libSm().expVlanToVlanSetMapHas(10));
+  EXPECT_EQ(set->parent(), nullptr);
   EXPECT_EQ(vlans.keys, (Vlans{10, 10}));
 }
 

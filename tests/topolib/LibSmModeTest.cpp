@@ -16,6 +16,7 @@ struct Modes {
   static inline const std::string type = "LibSmMode";
   static inline const std::vector<std::pair<LibSmMode, std::string>> values{{LibSmMode::createStatus, "createStatus"},
                                                                             {LibSmMode::notifyStatus, "notifyStatus"}};
+  static inline const std::vector<std::string> unknown{"", "NotifyStatus", "notify", "notifyStatus ", "1"};
 };
 
 }  // namespace
