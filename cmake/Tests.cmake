@@ -19,11 +19,11 @@ function(topolib_test_program program)
   endif()
 endfunction()
 
-# topolib_add_tests(<program> <folder> [SUFFIX <suffix>] [FILTER <filter>] [ENVIRONMENT <variable=value>...]): a test of
-# CTest for each test of the program. With sanitizers, where a process takes a tenth of a second to start and to end, some
-# processes share the tests, those of the filter, and each leaves in the folder gtest the report of what it ran.
+# topolib_add_tests(<program> <folder> [SUFFIX <suffix>] [ENVIRONMENT <variable=value>...]): a test of CTest for each test
+# of the program. With sanitizers, where a process takes a tenth of a second to start and to end, some processes share the
+# tests, and each leaves in the folder gtest the report of what it ran.
 function(topolib_add_tests program folder)
-  cmake_parse_arguments(PARSE_ARGV 2 arg "" "SUFFIX;FILTER" "ENVIRONMENT")
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "SUFFIX" "ENVIRONMENT")
   if(NOT TOPOLIB_SANITIZE)
     gtest_discover_tests(${program} TEST_PREFIX ${folder}. TEST_SUFFIX "${arg_SUFFIX}"
       DISCOVERY_MODE PRE_TEST
@@ -35,8 +35,7 @@ function(topolib_add_tests program folder)
     set(name ${folder}.${index}of${processes}${arg_SUFFIX})
     string(REPLACE / _ report ${name})
     math(EXPR shard "${index} - 1")
-    add_test(NAME ${name} COMMAND ${program} --gtest_filter=${arg_FILTER}
-      --gtest_output=xml:${PROJECT_BINARY_DIR}/gtest/${report}.xml)
+    add_test(NAME ${name} COMMAND ${program} --gtest_output=xml:${PROJECT_BINARY_DIR}/gtest/${report}.xml)
     set_tests_properties(${name} PROPERTIES LABELS ${folder} TIMEOUT 1200
       ENVIRONMENT "GTEST_TOTAL_SHARDS=${processes};GTEST_SHARD_INDEX=${shard};${arg_ENVIRONMENT}")
   endforeach()
@@ -54,9 +53,12 @@ function(topolib_add_test_folder folder library)
   if(TOPOLIB_COVERAGE)
     target_sources(${program} PRIVATE tests/coverage/DumpOnAbort.cpp)
   endif()
-  topolib_add_tests(${program} ${folder} FILTER *)
-  topolib_add_tests(${program} ${folder} SUFFIX .seed2 FILTER -*Model*:*Matrix*:*Slice*
-    ENVIRONMENT TOPOLIB_TEST_HASH_SEED=2654435769)
+  topolib_add_tests(${program} ${folder})
+  set(second_seed TOPOLIB_TEST_HASH_SEED=2654435769)
+  if(TOPOLIB_SANITIZE)
+    list(APPEND second_seed GTEST_FILTER=-*Model*:*Matrix*:*Slice*)
+  endif()
+  topolib_add_tests(${program} ${folder} SUFFIX .seed2 ENVIRONMENT ${second_seed})
 endfunction()
 
 foreach(folder IN ITEMS mox mox/threads kestrel quill bridging interface)
@@ -74,7 +76,7 @@ if(TOPOLIB_BUILD_PROGRAM)
   target_compile_options(topo_test PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_link_libraries(topo_test PRIVATE topo_parts GTest::gmock nlohmann_json::nlohmann_json)
   add_dependencies(topo_test topo)
-  topolib_add_tests(topo_test topo FILTER * ENVIRONMENT TOPO_PROGRAM=$<TARGET_FILE:topo>)
+  topolib_add_tests(topo_test topo ENVIRONMENT TOPO_PROGRAM=$<TARGET_FILE:topo>)
 
   file(GLOB scenarios CONFIGURE_DEPENDS examples/*.topo)
   foreach(scenario IN LISTS scenarios)

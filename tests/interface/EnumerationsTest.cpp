@@ -12,12 +12,14 @@
 namespace Interface {
 namespace {
 
+const std::vector<std::string> unknownNames{"", "Up", "up ", " up", "Routed", "bridge", "0", "x"};
+
 struct LinkStates {
   using Instance = Mox::EnumInstance<LinkStatus>;
   static inline const std::string type = "LinkStatus";
   static inline const std::vector<std::pair<LinkStatus, std::string>> values{
       {LinkStatus::unknown, "unknown"}, {LinkStatus::down, "down"}, {LinkStatus::up, "up"}};
-  static inline const std::vector<std::string> unknown{"", "Up", "up ", " up", "Routed", "bridge", "0", "x"};
+  static inline const std::vector<std::string>& unknown = unknownNames;
 };
 
 struct ForwardingModels {
@@ -27,7 +29,7 @@ struct ForwardingModels {
       {ForwardingModel::unspecified, "unspecified"}, {ForwardingModel::dropped, "dropped"},
       {ForwardingModel::routed, "routed"},           {ForwardingModel::mirrored, "mirrored"},
       {ForwardingModel::bridged, "bridged"},         {ForwardingModel::tunneled, "tunneled"}};
-  static inline const std::vector<std::string> unknown{"", "Up", "up ", " up", "Routed", "bridge", "0", "x"};
+  static inline const std::vector<std::string>& unknown = unknownNames;
 };
 
 }  // namespace
