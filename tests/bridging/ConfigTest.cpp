@@ -9,8 +9,7 @@
 
 #include "tests/support/Recorder.h"
 
-namespace Bridging {
-namespace {
+namespace Bridging::ConfigTest {
 
 using Quill::IntfId;
 using Test::KeyRecorder;
@@ -301,5 +300,4 @@ TEST(BridgingConfig, isReadThroughPointerToConst) {
   EXPECT_EQ(recorder.events, Events{vlanConfigChanged});
 }
 
-}  // namespace
-}  // namespace Bridging
+}  // namespace Bridging::ConfigTest

@@ -15,8 +15,7 @@
 #include "mox/Type.h"
 #include "tests/support/ModuleTypes.h"
 
-namespace Bridging {
-namespace {
+namespace Bridging::ModuleTest {
 
 using Test::attributesOf;
 using Names = std::vector<std::string>;
@@ -75,5 +74,4 @@ TEST(BridgingModule, entitiesArePrintedByTypeAndName) {
   EXPECT_EQ(out.str(), "Bridging::Config(bridging) Bridging::VlanConfig");
 }
 
-}  // namespace
-}  // namespace Bridging
+}  // namespace Bridging::ModuleTest

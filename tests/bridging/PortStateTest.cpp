@@ -8,8 +8,7 @@
 
 #include "tests/support/Enumeration.h"
 
-namespace Bridging::Topology {
-namespace {
+namespace Bridging::Topology::PortStateTest {
 
 struct PortStates {
   using Instance = PortStateInstance;
@@ -24,9 +23,8 @@ struct PortStates {
 
 TEST(PortState, zeroValueIsDisabled) { EXPECT_EQ(PortState(), PortState::disabled); }
 
-}  // namespace
-}  // namespace Bridging::Topology
+}  // namespace Bridging::Topology::PortStateTest
 
 namespace Test {
-INSTANTIATE_TYPED_TEST_SUITE_P(PortState, Enumeration, Bridging::Topology::PortStates);
+INSTANTIATE_TYPED_TEST_SUITE_P(PortState, Enumeration, Bridging::Topology::PortStateTest::PortStates);
 }  // namespace Test

@@ -9,8 +9,7 @@
 #include "bridging/TopologyConfig.h"
 #include "tests/support/Recorder.h"
 
-namespace Bridging::Topology {
-namespace {
+namespace Bridging::Topology::TopoConfigTest {
 
 using Quill::IntfId;
 using Test::KeyRecorder;
@@ -243,5 +242,4 @@ TEST(TopoConfig, isReadThroughPointerToConst) {
   EXPECT_EQ(recorder.events, Events{topoPortConfigChanged});
 }
 
-}  // namespace
-}  // namespace Bridging::Topology
+}  // namespace Bridging::Topology::TopoConfigTest

@@ -9,8 +9,7 @@
 
 #include "tests/support/Recorder.h"
 
-namespace Bridging::Topology {
-namespace {
+namespace Bridging::Topology::TopologyConfigTest {
 
 using Mox::String;
 using Test::KeyRecorder;
@@ -248,5 +247,4 @@ TEST(TopologyConfig, isReadThroughPointerToConst) {
   EXPECT_EQ(recorder.events, Events{vidToTopoMapChanged});
 }
 
-}  // namespace
-}  // namespace Bridging::Topology
+}  // namespace Bridging::Topology::TopologyConfigTest

@@ -8,8 +8,7 @@
 
 #include "tests/support/Recorder.h"
 
-namespace Bridging::Topology::Inst {
-namespace {
+namespace Bridging::Topology::Inst::TopologyInstStatusTest {
 
 using Mox::String;
 using Quill::IntfId;
@@ -212,5 +211,4 @@ TEST(InstStatus, isReadThroughPointerToConst) {
   EXPECT_EQ(recorder.events, Events{topoStatusChanged});
 }
 
-}  // namespace
-}  // namespace Bridging::Topology::Inst
+}  // namespace Bridging::Topology::Inst::TopologyInstStatusTest

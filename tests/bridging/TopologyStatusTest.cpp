@@ -9,8 +9,7 @@
 
 #include "tests/support/Recorder.h"
 
-namespace Bridging::Topology {
-namespace {
+namespace Bridging::Topology::TopologyStatusTest {
 
 using Mox::String;
 using Quill::IntfId;
@@ -183,5 +182,4 @@ TEST(TopologyStatus, isReadThroughPointerToConst) {
   EXPECT_EQ(recorder.events, Events{topoStatusChanged});
 }
 
-}  // namespace
-}  // namespace Bridging::Topology
+}  // namespace Bridging::Topology::TopologyStatusTest

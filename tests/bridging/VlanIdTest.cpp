@@ -14,8 +14,7 @@
 #include "mox/Collection.h"
 #include "tests/support/RangeError.h"
 
-namespace Bridging {
-namespace {
+namespace Bridging::VlanIdTest {
 
 using Test::rangeErrorOf;
 
@@ -239,5 +238,4 @@ TEST(VlanId, isKeyOfStandardContainers) {
   EXPECT_TRUE(set.contains(4094));
 }
 
-}  // namespace
-}  // namespace Bridging
+}  // namespace Bridging::VlanIdTest

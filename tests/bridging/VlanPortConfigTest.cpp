@@ -8,8 +8,7 @@
 
 #include "tests/support/Enumeration.h"
 
-namespace Bridging {
-namespace {
+namespace Bridging::VlanPortConfigTest {
 
 struct Directions {
   using Instance = AllowedTrafficDirectionInstance;
@@ -72,9 +71,8 @@ TEST(VlanPortConfig, isCopied) {
   EXPECT_TRUE(original.pvid());
 }
 
-}  // namespace
-}  // namespace Bridging
+}  // namespace Bridging::VlanPortConfigTest
 
 namespace Test {
-INSTANTIATE_TYPED_TEST_SUITE_P(AllowedTrafficDirection, Enumeration, Bridging::Directions);
+INSTANTIATE_TYPED_TEST_SUITE_P(AllowedTrafficDirection, Enumeration, Bridging::VlanPortConfigTest::Directions);
 }  // namespace Test

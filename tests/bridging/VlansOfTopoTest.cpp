@@ -13,8 +13,7 @@
 #include "tests/support/Random.h"
 #include "tests/support/Recorder.h"
 
-namespace Bridging::Topology {
-namespace {
+namespace Bridging::Topology::VlansOfTopoTest {
 
 using Mox::String;
 using Test::FailingAllocations;
@@ -200,5 +199,4 @@ TEST(VlansOfTopo, agreeWithTheMapThroughRandomChanges) {
   }
 }
 
-}  // namespace
-}  // namespace Bridging::Topology
+}  // namespace Bridging::Topology::VlansOfTopoTest

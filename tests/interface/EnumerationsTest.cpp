@@ -9,8 +9,7 @@
 #include "interface/EthIntfStatus.h"
 #include "tests/support/Enumeration.h"
 
-namespace Interface {
-namespace {
+namespace Interface::EnumerationsTest {
 
 const std::vector<std::string> unknownNames{"", "Up", "up ", " up", "Routed", "bridge", "0", "x"};
 
@@ -32,10 +31,9 @@ struct ForwardingModels {
   static inline const std::vector<std::string>& unknown = unknownNames;
 };
 
-}  // namespace
-}  // namespace Interface
+}  // namespace Interface::EnumerationsTest
 
 namespace Test {
-INSTANTIATE_TYPED_TEST_SUITE_P(LinkStatus, Enumeration, Interface::LinkStates);
-INSTANTIATE_TYPED_TEST_SUITE_P(ForwardingModel, Enumeration, Interface::ForwardingModels);
+INSTANTIATE_TYPED_TEST_SUITE_P(LinkStatus, Enumeration, Interface::EnumerationsTest::LinkStates);
+INSTANTIATE_TYPED_TEST_SUITE_P(ForwardingModel, Enumeration, Interface::EnumerationsTest::ForwardingModels);
 }  // namespace Test

@@ -8,8 +8,7 @@
 
 #include "tests/support/Recorder.h"
 
-namespace Interface {
-namespace {
+namespace Interface::EthIntfStatusTest {
 
 using Quill::IntfId;
 using Test::KeyRecorder;
@@ -182,5 +181,4 @@ TEST(EthIntfStatusDir, isReadThroughPointerToConst) {
   EXPECT_EQ(recorder.events, Events{intfStatusChanged});
 }
 
-}  // namespace
-}  // namespace Interface
+}  // namespace Interface::EthIntfStatusTest

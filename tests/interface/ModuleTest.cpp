@@ -9,8 +9,7 @@
 #include "interface/EthIntfStatus.h"
 #include "mox/Type.h"
 
-namespace Interface {
-namespace {
+namespace Interface::ModuleTest {
 
 /// The attributes of an entity type, or the values of an enumeration, as "id name".
 std::vector<std::string> contentsOf(const Mox::TypeDesc& type) {
@@ -48,5 +47,4 @@ TEST(InterfaceModule, entitiesArePrintedByTypeAndName) {
   EXPECT_EQ(out.str(), "Interface::EthIntfStatusDir(interfaces) Interface::EthIntfStatus");
 }
 
-}  // namespace
-}  // namespace Interface
+}  // namespace Interface::ModuleTest

@@ -17,8 +17,7 @@
 #include "mox/String.h"
 #include "quill/IntfId.h"
 
-namespace Kestrel {
-namespace {
+namespace Kestrel::KestrelArgumentTest {
 
 using Bridging::VlanId;
 using Bridging::VlanIdOrNone;
@@ -214,5 +213,4 @@ TEST(LogFormat, argumentsBeyondSixteenAreIgnored) {
   EXPECT_EQ(messages[1].text, " next");
 }
 
-}  // namespace
-}  // namespace Kestrel
+}  // namespace Kestrel::KestrelArgumentTest

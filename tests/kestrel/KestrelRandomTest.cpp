@@ -19,8 +19,7 @@
 #include "tests/support/Random.h"
 #include "tests/support/VirtualTime.h"
 
-namespace Kestrel {
-namespace {
+namespace Kestrel::KestrelRandomTest {
 
 using Bridging::Topology::PortState;
 using Test::Random;
@@ -205,5 +204,4 @@ TEST(LogRandom, holdsTheLatestMessagesAtEveryStep) {
   }
 }
 
-}  // namespace
-}  // namespace Kestrel
+}  // namespace Kestrel::KestrelRandomTest

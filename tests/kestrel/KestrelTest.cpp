@@ -16,8 +16,7 @@
 #include "tests/support/Allocations.h"
 #include "tests/support/VirtualTime.h"
 
-namespace Kestrel {
-namespace {
+namespace Kestrel::KestrelTest {
 
 using Test::AllocationCount;
 using Test::FailingAllocations;
@@ -344,5 +343,4 @@ TEST_F(Log, skippingAllocatesNothing) {
   EXPECT_EQ(count.made(), 0U);
 }
 
-}  // namespace
-}  // namespace Kestrel
+}  // namespace Kestrel::KestrelTest

@@ -11,8 +11,7 @@
 #include "tests/support/Alarm.h"
 #include "tests/support/VirtualTime.h"
 
-namespace Mox {
-namespace {
+namespace Mox::ActivityManagerTest {
 
 using Test::Alarm;
 using Test::Journal;
@@ -302,5 +301,4 @@ TEST_F(ActivityLoop, runInRealTimeCallsWhatIsDueAlready) {
   EXPECT_EQ(journal, (Journal{"first", "second"}));
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::ActivityManagerTest

@@ -12,8 +12,7 @@
 #include "mox/StateMachine.h"
 #include "mox/Type.h"
 
-namespace Mox {
-namespace {
+namespace Mox::AllocationTrackTest {
 
 /// The count of a type, or one that is all zero.
 template <class T>
@@ -115,5 +114,4 @@ TEST(AllocationTrack, countsReactorsByTheirClass) {
   EXPECT_EQ(countOf<LampSm::MoxLamp>().made, before + 2);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::AllocationTrackTest

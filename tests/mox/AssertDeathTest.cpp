@@ -40,7 +40,7 @@ void checkEvaluation(bool result) { MOX_ASSERT("/src/Lights", evaluated(result))
 
 }  // namespace AssertTestLights
 
-namespace {
+namespace AssertDeathTest {
 
 using AssertTestLights::checkEvaluation;
 using AssertTestLights::checkLimit;
@@ -125,5 +125,5 @@ TEST(Assert, takesWhatConvertsToBool) {
   EXPECT_EQ(entity->references(), 1U);
 }
 
-}  // namespace
+}  // namespace AssertDeathTest
 }  // namespace Mox

@@ -4,8 +4,7 @@
 
 #include "mox/String.h"
 
-namespace Mox {
-namespace {
+namespace Mox::AttributeTest {
 
 constexpr ScalarAttribute litAttr{0, "lit"};
 constexpr ScalarAttribute wattAttr{1, "watt"};
@@ -46,5 +45,4 @@ TEST(CollectionAttribute, givesNullForOtherAttributes) {
 
 TEST(CollectionAttribute, givesNullWithoutKey) { EXPECT_EQ(bulbAttr.keyOf(2, nullptr), nullptr); }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::AttributeTest

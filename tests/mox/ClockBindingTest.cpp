@@ -9,8 +9,7 @@
 #include "mox/Entity.h"
 #include "tests/support/Alarm.h"
 
-namespace Mox {
-namespace {
+namespace Mox::ClockBindingTest {
 
 using Test::Alarm;
 using Test::Journal;
@@ -189,5 +188,4 @@ TEST(ClockBindingDeathTest, reactorIsBoundToAClockOnly) {
       "failed\\.\n$");
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::ClockBindingTest

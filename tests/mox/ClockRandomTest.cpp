@@ -15,8 +15,7 @@
 #include "mox/Clock.h"
 #include "tests/support/Random.h"
 
-namespace Mox {
-namespace {
+namespace Mox::ClockRandomTest {
 
 using Test::Random;
 using Test::seedTrace;
@@ -271,5 +270,4 @@ TEST(ClockRandom, callsManyReactorsInOrder) {
   EXPECT_EQ(calls, expected);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::ClockRandomTest

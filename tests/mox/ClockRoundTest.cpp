@@ -11,8 +11,7 @@
 #include "mox/StateMachine.h"
 #include "tests/support/Alarm.h"
 
-namespace Mox {
-namespace {
+namespace Mox::ClockRoundTest {
 
 using Test::Alarm;
 using Test::Journal;
@@ -362,5 +361,4 @@ TEST_F(ClockRound, roundsNestToDepth) {
   EXPECT_EQ(clock->nextDue(), infinity);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::ClockRoundTest

@@ -10,8 +10,7 @@
 #include "tests/support/Allocations.h"
 #include "tests/support/RangeError.h"
 
-namespace Mox {
-namespace {
+namespace Mox::ClockTest {
 
 using Test::Alarm;
 using Test::FailingAllocations;
@@ -288,5 +287,4 @@ TEST(Clock, reactorIsNoMoreThanATimer) {
   EXPECT_TRUE(alarm.isArmed());
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::ClockTest

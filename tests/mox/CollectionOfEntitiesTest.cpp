@@ -15,8 +15,7 @@
 #include "tests/support/MapKinds.h"
 #include "tests/support/MapValues.h"
 
-namespace Mox {
-namespace {
+namespace Mox::CollectionOfEntitiesTest {
 
 using Test::FailingAllocations;
 using Test::Numbered;
@@ -256,5 +255,4 @@ TYPED_TEST(EntityCollections, isUnchangedWhereMemoryLacks) {
   EXPECT_EQ(Lamp::living, static_cast<int>(this->members));
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::CollectionOfEntitiesTest

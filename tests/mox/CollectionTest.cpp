@@ -19,8 +19,7 @@
 #include "tests/support/MapKinds.h"
 #include "tests/support/MapValues.h"
 
-namespace Mox {
-namespace {
+namespace Mox::CollectionTest {
 
 using Test::FailingAllocations;
 using Test::Number;
@@ -248,5 +247,4 @@ TEST(ValueCollections, seedOfTheirOwnMakesOrderThatOfItsHash) {
   for (const auto& [id, value] : ascending) EXPECT_EQ(id.value, expected++);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::CollectionTest

@@ -11,8 +11,7 @@
 #include "tests/support/MapKeys.h"
 #include "tests/support/Recorder.h"
 
-namespace Mox {
-namespace {
+namespace Mox::EntityMembersTest {
 
 using Test::KeyRecorder;
 using Test::Recorder;
@@ -279,5 +278,4 @@ TEST(EntityMembersOfEndedOwner, reactorsOfMemberStayBoundToIt) {
   EXPECT_EQ(recorder.events.size(), 1U);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::EntityMembersTest

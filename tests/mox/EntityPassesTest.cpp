@@ -10,8 +10,7 @@
 #include "mox/Entity.h"
 #include "tests/support/Recorder.h"
 
-namespace Mox {
-namespace {
+namespace Mox::EntityPassesTest {
 
 using Test::KeyRecorder;
 using Test::Recorder;
@@ -193,5 +192,4 @@ TEST_F(EntityPasses, handlerMayRemoveMemberOnWhichLoopStands) {
   EXPECT_EQ(lamp.bulb().size(), 9U);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::EntityPassesTest

@@ -13,8 +13,7 @@
 #include "mox/Type.h"
 #include "tests/support/Recorder.h"
 
-namespace Mox {
-namespace {
+namespace Mox::EntityTest {
 
 using Test::KeyRecorder;
 using Test::Recorder;
@@ -264,5 +263,4 @@ TEST(EntitySingle, newOneUnderOldNameIsAnother) {
   EXPECT_NE(lamp.plateIs("brass"), first);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::EntityTest

@@ -11,8 +11,7 @@
 #include "tests/support/MapKeys.h"
 #include "tests/support/Recorder.h"
 
-namespace Mox {
-namespace {
+namespace Mox::EntityValuesTest {
 
 using Test::KeyRecorder;
 using Test::Recorder;
@@ -251,5 +250,4 @@ TYPED_TEST(EntityValues, removingAllOfSetTellsEachInOrderOfPass) {
   EXPECT_TRUE(this->lamp.room().empty());
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::EntityValuesTest

@@ -28,7 +28,7 @@ enum class Small : std::uint8_t { none = 0, all = 255 };
 
 }  // namespace Lights
 
-namespace {
+namespace EnumTest {
 
 using Lights::Colour;
 using Lights::ColourInstance;
@@ -143,5 +143,5 @@ TEST(Enum, descriptionListsValuesInTheirOrder) {
   EXPECT_TRUE(desc.attribute().empty());
 }
 
-}  // namespace
+}  // namespace EnumTest
 }  // namespace Mox

@@ -6,8 +6,7 @@
 #include <string>
 #include <type_traits>
 
-namespace Mox {
-namespace {
+namespace Mox::ExceptionTest {
 
 /// The text of the exception that the action raises, which must be an `E`.
 template <class E>
@@ -72,5 +71,4 @@ TEST(Exception, oneKindIsNotCaughtAsAnother) {
   }
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::ExceptionTest

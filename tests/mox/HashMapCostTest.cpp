@@ -43,8 +43,7 @@ struct Mox::KeyTraits<Test::Watched> {
   }
 };
 
-namespace Mox {
-namespace {
+namespace Mox::HashMapCostTest {
 
 using Test::AllocationCount;
 using Test::Number;
@@ -174,5 +173,4 @@ TEST(HashMapCost, growthOfCrowdAllocatesSeldom) {
   EXPECT_LE(allocations.made(), 40U);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::HashMapCostTest

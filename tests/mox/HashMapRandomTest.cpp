@@ -14,8 +14,7 @@
 #include "tests/support/MapModel.h"
 #include "tests/support/MapValues.h"
 
-namespace Mox {
-namespace {
+namespace Mox::HashMapRandomTest {
 
 using Test::MapModel;
 using Test::Number;
@@ -125,5 +124,4 @@ TYPED_TEST(HashMapRandom, agreesWithPlainMap) {
   EXPECT_EQ(Test::SelfPointing::misplaced, 0U);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::HashMapRandomTest

@@ -16,8 +16,7 @@
 #include "tests/support/Random.h"
 #include "tests/support/ScopedHashSeed.h"
 
-namespace Mox {
-namespace {
+namespace Mox::HashMapTest {
 
 using Test::Grouped;
 using Test::Number;
@@ -215,5 +214,4 @@ TEST(HashMap, nameIsFoundByAnotherCopyOfItsText) {
   EXPECT_EQ(map.find(std::string("Ethernet1\0", 10)), nullptr);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::HashMapTest

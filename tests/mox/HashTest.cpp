@@ -12,8 +12,7 @@
 #include "tests/support/Random.h"
 #include "tests/support/ScopedHashSeed.h"
 
-namespace Mox {
-namespace {
+namespace Mox::HashTest {
 
 using Test::Random;
 using Test::ScopedHashSeed;
@@ -153,5 +152,4 @@ TEST(Hash, numbersAreOrderedByTheirSize) {
   EXPECT_FALSE(keyLessThan(10, 2));
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::HashTest

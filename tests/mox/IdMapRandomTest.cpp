@@ -13,8 +13,7 @@
 #include "tests/support/MapModel.h"
 #include "tests/support/MapValues.h"
 
-namespace Mox {
-namespace {
+namespace Mox::IdMapRandomTest {
 
 using Test::MapModel;
 using Test::Random;
@@ -98,5 +97,4 @@ TYPED_TEST(IdMapRandom, agreesWithPlainMap) {
   EXPECT_EQ(Test::SelfPointing::misplaced, 0U);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::IdMapRandomTest

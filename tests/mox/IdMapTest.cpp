@@ -16,8 +16,7 @@
 #include "tests/support/MapValues.h"
 #include "tests/support/Random.h"
 
-namespace Mox {
-namespace {
+namespace Mox::IdMapTest {
 
 using Test::AllocationCount;
 using Test::FailingAllocations;
@@ -336,5 +335,4 @@ TEST(IdMap, pagesStayWhereThereIsNoMemoryForBlock) {
   EXPECT_EQ(map.begin().key(), smallId(7));
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::IdMapTest

@@ -8,8 +8,7 @@
 
 #include "tests/support/MapKinds.h"
 
-namespace Mox {
-namespace {
+namespace Mox::MapMembersTest {
 
 template <class Kind>
 class MapMembers : public Test::MapSuite<Kind> {};
@@ -155,5 +154,4 @@ TYPED_TEST(MapMembers, passOverMovedFromMapEnds) {
   EXPECT_FALSE(i);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::MapMembersTest

@@ -14,8 +14,7 @@
 #include "tests/support/MapValues.h"
 #include "tests/support/Random.h"
 
-namespace Mox {
-namespace {
+namespace Mox::MapMemoryTest {
 
 using Test::AllocationCount;
 using Test::FailingAllocations;
@@ -196,5 +195,4 @@ TYPED_TEST(MapMemory, isGivenBackWithLastMember) {
   EXPECT_EQ(map.memory(), 0U);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::MapMemoryTest

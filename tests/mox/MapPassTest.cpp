@@ -9,8 +9,7 @@
 #include "tests/support/MapKinds.h"
 #include "tests/support/Random.h"
 
-namespace Mox {
-namespace {
+namespace Mox::MapPassTest {
 
 template <class Kind>
 class MapPass : public Test::MapSuite<Kind> {
@@ -287,5 +286,4 @@ TYPED_TEST(MapPass, incrementsAreAdvances) {
   EXPECT_NE(i, this->map.end());
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::MapPassTest

@@ -13,8 +13,7 @@
 #include "tests/support/MapKinds.h"
 #include "tests/support/MapValues.h"
 
-namespace Mox {
-namespace {
+namespace Mox::MapValuesTest {
 
 using Test::Farewell;
 using Test::Numbered;
@@ -244,5 +243,4 @@ TYPED_TEST(MapValues, chainOfEndsReachesAnyDepth) {
   EXPECT_EQ(map.memory(), 0U);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::MapValuesTest

@@ -13,8 +13,7 @@
 #include "mox/Notifiee.h"
 #include "tests/support/Recorder.h"
 
-namespace Mox {
-namespace {
+namespace Mox::NotifieeExceptionsTest {
 
 using Test::Recorder;
 using Numbers = std::vector<std::size_t>;
@@ -292,5 +291,4 @@ TEST_F(NotifieeExceptions, handlerMayEndNotifierAndThrow) {
   }
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::NotifieeExceptionsTest

@@ -14,8 +14,7 @@
 #include "mox/Notifiee.h"
 #include "mox/StateMachine.h"
 
-namespace Mox {
-namespace {
+namespace Mox::NotifieeLifetimeTest {
 
 using Numbers = std::vector<std::size_t>;
 
@@ -387,5 +386,4 @@ TEST_F(NotifieeLifetime, reactorBoundWhileItsNotifierEndsIsUnbound) {
   EXPECT_FALSE(reactors[0]->isRegisteredNotifiee());
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::NotifieeLifetimeTest

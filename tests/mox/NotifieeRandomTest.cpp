@@ -19,8 +19,7 @@
 #include "tests/support/NotificationModel.h"
 #include "tests/support/Random.h"
 
-namespace Mox {
-namespace {
+namespace Mox::NotifieeRandomTest {
 
 using Test::Entries;
 using Test::Entry;
@@ -273,5 +272,4 @@ TEST(NotifieeRandom, deliveriesAreThoseOfModel) {
   EXPECT_GE(deepest, 5U);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::NotifieeRandomTest

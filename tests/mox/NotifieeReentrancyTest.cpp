@@ -12,8 +12,7 @@
 #include "mox/Notifiee.h"
 #include "tests/support/Recorder.h"
 
-namespace Mox {
-namespace {
+namespace Mox::NotifieeReentrancyTest {
 
 using Test::Recorder;
 using Numbers = std::vector<std::size_t>;
@@ -386,5 +385,4 @@ TEST_F(NotifieeReentrancy, handlerMayDeleteAndInsertOtherMembers) {
   EXPECT_EQ(calls().size(), 2U * 102U);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::NotifieeReentrancyTest

@@ -13,8 +13,7 @@
 #include "tests/support/Random.h"
 #include "tests/support/Recorder.h"
 
-namespace Mox {
-namespace {
+namespace Mox::NotifieeTest {
 
 using Test::AllocationCount;
 using Test::KeyRecorder;
@@ -401,5 +400,4 @@ TEST(NotifieeDeathTest, bindingToObjectWithoutListAborts) {
                             "'notifier == nullptr \\|\\| notifier->notifieeList\\(\\) != nullptr' failed\\.\n"));
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::NotifieeTest

@@ -11,8 +11,7 @@
 #include "mox/String.h"
 #include "tests/support/Allocations.h"
 
-namespace Mox {
-namespace {
+namespace Mox::PtrLifetimeTest {
 
 using Test::AllocationCount;
 
@@ -251,5 +250,4 @@ TEST_P(PtrLifetime, zeroReferencesIsFalseEndsNothing) {
   EXPECT_EQ(object->references(), 1U);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::PtrLifetimeTest

@@ -9,8 +9,7 @@
 
 #include "mox/Type.h"
 
-namespace Mox {
-namespace {
+namespace Mox::PtrTest {
 
 /// Counts its ends.
 class Probe : public PtrInterface {
@@ -270,5 +269,4 @@ TEST(PtrInterface, fwkTypeTellsDynamicType) {
   EXPECT_EQ(base.fwkType().name(), typeName(typeid(DerivedProbe)));
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::PtrTest

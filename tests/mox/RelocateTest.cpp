@@ -14,8 +14,7 @@
 #include "tests/support/MapKeys.h"
 #include "tests/support/MapValues.h"
 
-namespace Mox::detail {
-namespace {
+namespace Mox::detail::RelocateTest {
 
 using Test::Number;
 using Test::Numbered;
@@ -156,5 +155,4 @@ TEST(Relocate, movesSlotsWithTheirContent) {
   EXPECT_EQ(SelfPointing::misplaced, 0U);
 }
 
-}  // namespace
-}  // namespace Mox::detail
+}  // namespace Mox::detail::RelocateTest

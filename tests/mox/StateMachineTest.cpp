@@ -11,8 +11,7 @@
 #include "mox/Entity.h"
 #include "mox/Type.h"
 
-namespace Mox {
-namespace {
+namespace Mox::StateMachineTest {
 
 using Calls = std::vector<std::string>;
 
@@ -386,5 +385,4 @@ TEST_F(StateMachines, isNotifierItself) {
   EXPECT_TRUE(sm->notifieeList()->empty());
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::StateMachineTest

@@ -26,8 +26,7 @@
 #include "tests/support/RangeError.h"
 #include "tests/support/ScopedHashSeed.h"
 
-namespace Mox {
-namespace {
+namespace Mox::StringTest {
 
 using Test::AllocationCount;
 using Test::FailingAllocations;
@@ -325,5 +324,4 @@ TEST(String, usesAtMostOneAllocation) {
   EXPECT_LE(allocations.bytes(), s.size() + 1 + 16);
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::StringTest

@@ -7,8 +7,7 @@
 #include "tests/support/RangeError.h"
 #include "tests/support/VirtualTime.h"
 
-namespace Mox {
-namespace {
+namespace Mox::SystemTest {
 
 using Test::rangeErrorOf;
 using Test::VirtualTimeInUse;
@@ -185,5 +184,4 @@ TEST(System, realTimeHasComeAfterTheWait) {
   }
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::SystemTest

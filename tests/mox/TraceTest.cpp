@@ -20,8 +20,7 @@
 #include "tests/support/Allocations.h"
 #include "tests/support/VirtualTime.h"
 
-namespace Mox {
-namespace {
+namespace Mox::TraceTest {
 
 using Test::FailingAllocations;
 using Test::VirtualTimeInUse;
@@ -379,5 +378,4 @@ TEST_F(Trace, standardErrorGetsNothingAtALevelThatIsOff) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::TraceTest

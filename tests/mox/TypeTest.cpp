@@ -31,7 +31,7 @@ class Bulb : public Entity {};
 
 }  // namespace TypeTestLights
 
-namespace {
+namespace TypeTest {
 
 using TypeTestLights::Bulb;
 using TypeTestLights::Colour;
@@ -155,5 +155,5 @@ TEST(TypeName, isSpelledAsInTheSource) {
   EXPECT_EQ(typeName(typeid(Ptr<const Lamp>)), "Mox::Ptr<Mox::TypeTestLights::Lamp const>");
 }
 
-}  // namespace
+}  // namespace TypeTest
 }  // namespace Mox

@@ -11,8 +11,7 @@
 #include "quill/IntfId.h"
 #include "tests/support/Random.h"
 
-namespace Quill {
-namespace {
+namespace Quill::IntfIdOrderTest {
 
 using Test::Random;
 using Test::seedTrace;
@@ -159,5 +158,4 @@ TEST(IntfIdOrder, sortsAsThePlainReference) {
   for (std::size_t i = 0; i < names.size(); ++i) ASSERT_EQ(ids[i].stringValue(), names[i]) << i;
 }
 
-}  // namespace
-}  // namespace Quill
+}  // namespace Quill::IntfIdOrderTest

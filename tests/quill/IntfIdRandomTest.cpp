@@ -15,8 +15,7 @@
 #include "quill/IntfId.h"
 #include "tests/support/Random.h"
 
-namespace Quill {
-namespace {
+namespace Quill::IntfIdRandomTest {
 
 using Test::Random;
 using Test::seedTrace;
@@ -177,5 +176,4 @@ TEST(IntfIdRandom, collectionFindsEveryId) {
   EXPECT_EQ(read, model);
 }
 
-}  // namespace
-}  // namespace Quill
+}  // namespace Quill::IntfIdRandomTest

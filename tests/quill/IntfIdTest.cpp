@@ -14,8 +14,7 @@
 
 #include "mox/Collection.h"
 
-namespace Quill {
-namespace {
+namespace Quill::IntfIdTest {
 
 static_assert(sizeof(IntfId) == 2 * sizeof(std::uint32_t));
 static_assert(std::is_trivially_copyable_v<IntfId>);
@@ -185,5 +184,4 @@ TEST(IntfId, isKeyOfStandardContainers) {
   for (const auto& [intf, place] : ordered) EXPECT_EQ(place, ++last) << intf;
 }
 
-}  // namespace
-}  // namespace Quill
+}  // namespace Quill::IntfIdTest

@@ -8,8 +8,7 @@
 
 #include "quill/IntfId.h"
 
-namespace Quill {
-namespace {
+namespace Quill::IntfKindTest {
 
 /// The kinds whose predicates hold for the interface.
 std::vector<IntfKind> predicated(IntfId intf) {
@@ -157,5 +156,4 @@ TEST(IntfKind, numbersTooLargeForTheEncodingDoNotWrap) {
   expectDistinct("Ethernet18446744073709551616", "Ethernet0");
 }
 
-}  // namespace
-}  // namespace Quill
+}  // namespace Quill::IntfKindTest

@@ -12,8 +12,7 @@
 
 #include "tests/topo/Docs.h"
 
-namespace Topo {
-namespace {
+namespace Topo::AgentsGuideTest {
 
 using Test::docText;
 using Test::linesOf;
@@ -54,5 +53,4 @@ TEST(AgentsGuide, itsFragmentsAreOfProgramsThatAreBuilt) {
   EXPECT_GT(count, 5U);
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::AgentsGuideTest

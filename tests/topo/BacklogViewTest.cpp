@@ -4,8 +4,7 @@
 
 #include "tests/topo/Run.h"
 
-namespace Topo {
-namespace {
+namespace Topo::BacklogViewTest {
 
 using Test::errorOf;
 using Test::Outcome;
@@ -168,5 +167,4 @@ TEST(BacklogView, tellsTheLongestRunAndItsVlan) {
               MatchesRegex("Longest run:  [0-9]+\\.[0-9][0-9][0-9] ms of real time, from VLAN 12 on"));
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::BacklogViewTest

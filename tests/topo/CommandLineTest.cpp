@@ -6,8 +6,7 @@
 
 #include "tests/topo/Run.h"
 
-namespace Topo {
-namespace {
+namespace Topo::CommandLineTest {
 
 using Test::Outcome;
 using Test::run;
@@ -175,5 +174,4 @@ TEST(CommandLine, anAssertionAbortsWithItsReportAndLosesNoOutput) {
   EXPECT_NE(outcome.err.find("Assertion"), std::string::npos) << outcome.err;
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::CommandLineTest

@@ -10,8 +10,7 @@
 #include "topo/Command.h"
 #include "topo/Session.h"
 
-namespace Topo {
-namespace {
+namespace Topo::CompletionTest {
 
 /// A session whose lines are completed.
 class Typing {
@@ -209,5 +208,4 @@ TEST(Completion, commentsAndBadLinesHaveNoCandidates) {
   EXPECT_EQ(typing.line("interface \"a\"b"), "interface \"a\"b");
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::CompletionTest

@@ -2,8 +2,7 @@
 
 #include "tests/topo/Run.h"
 
-namespace Topo {
-namespace {
+namespace Topo::ConfigCommandsTest {
 
 using Test::document;
 using Test::errorOf;
@@ -254,5 +253,4 @@ TEST(ForceCommand, setsAndRemovesForcedPorts) {
   EXPECT_EQ(errorOf("force Ethernet1"), "-:1: error: expected on or off for force, found the end of the line\n");
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::ConfigCommandsTest

@@ -13,8 +13,7 @@
 #include "tests/fuzz/ImportInput.h"
 #include "tests/fuzz/ScenarioInput.h"
 
-namespace Topo {
-namespace {
+namespace Topo::CorpusTest {
 
 namespace fs = std::filesystem;
 
@@ -69,5 +68,4 @@ TEST(ScenarioInput, passesOverWhatTheProgramMayTakeLongForOrAbortOn) {
   EXPECT_FALSE(lets("vlan 10 expand 30"));
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::CorpusTest

@@ -2,8 +2,7 @@
 
 #include "tests/topo/Run.h"
 
-namespace Topo {
-namespace {
+namespace Topo::DocumentsTest {
 
 using Test::document;
 using Test::errorOf;
@@ -329,5 +328,4 @@ TEST(ShowCommand, needsADocument) {
   EXPECT_EQ(errorOf("show all"), expected + "'all'\n");
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::DocumentsTest

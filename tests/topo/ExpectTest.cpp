@@ -2,8 +2,7 @@
 
 #include "tests/topo/Run.h"
 
-namespace Topo {
-namespace {
+namespace Topo::ExpectTest {
 
 using Test::errorOf;
 using Test::Outcome;
@@ -214,5 +213,4 @@ TEST(ExpectCommand, aBadExpectationStopsTheRun) {
             "-:2: error: expected ==, != or absent, found the end of the line\n");
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::ExpectTest

@@ -2,8 +2,7 @@
 
 #include "tests/topo/Explained.h"
 
-namespace Topo {
-namespace {
+namespace Topo::ExplainPortTest {
 
 using Test::configuration;
 using Test::Explained;
@@ -210,5 +209,4 @@ TEST(ExplainPort, whatIsPendingOfOtherPortsDoesNotCount) {
   EXPECT_FALSE(Explained(running + "vlan 10 port Ethernet2 untagged\n").isPending());
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::ExplainPortTest

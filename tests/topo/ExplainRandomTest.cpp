@@ -12,8 +12,7 @@
 #include "topo/ScenarioError.h"
 #include "topo/Session.h"
 
-namespace Topo {
-namespace {
+namespace Topo::ExplainRandomTest {
 
 using Test::Json;
 using Test::Random;
@@ -182,5 +181,4 @@ TEST(ExplainRandom, theVerdictIsWhatIsPublished) {
   EXPECT_GT(verdicts.hindered, 10'000U);
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::ExplainRandomTest

@@ -2,8 +2,7 @@
 
 #include "tests/topo/Explained.h"
 
-namespace Topo {
-namespace {
+namespace Topo::ExplainTest {
 
 using Test::configuration;
 using Test::errorOf;
@@ -177,5 +176,4 @@ TEST(Explain, topologyDoesNotHaveTheVlanYet) {
             "pending");
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::ExplainTest

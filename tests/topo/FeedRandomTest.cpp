@@ -8,8 +8,7 @@
 #include "tests/support/Random.h"
 #include "tests/topo/Run.h"
 
-namespace Topo {
-namespace {
+namespace Topo::FeedRandomTest {
 
 using Test::Outcome;
 using Test::Random;
@@ -254,5 +253,4 @@ TEST(FeedRandom, appliedToADumpItGivesTheNextDump) {
   }
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::FeedRandomTest

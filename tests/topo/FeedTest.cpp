@@ -6,8 +6,7 @@
 
 #include "tests/topo/Run.h"
 
-namespace Topo {
-namespace {
+namespace Topo::FeedTest {
 
 using Test::errorOf;
 using Test::Outcome;
@@ -275,5 +274,4 @@ TEST(WatchCommand, badWatchesAreErrors) {
   EXPECT_EQ(errorOf("watch state on now"), "-:1: error: expected the end of the line, found 'now'\n");
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::FeedTest

@@ -15,8 +15,7 @@
 
 #include "tests/topo/LinuxTexts.h"
 
-namespace Topo {
-namespace {
+namespace Topo::ImportTest {
 
 namespace fs = std::filesystem;
 
@@ -320,5 +319,4 @@ TEST_F(ImportLinuxFiles, emptyFileIsNotJson) {
   }
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::ImportTest

@@ -3,8 +3,7 @@
 #include "tests/topo/Run.h"
 #include "topo/Text.h"
 
-namespace Topo {
-namespace {
+namespace Topo::LanguageTest {
 
 using Test::document;
 using Test::errorOf;
@@ -252,5 +251,4 @@ TEST(Language, aBadLineChangesNothing) {
   }
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::LanguageTest

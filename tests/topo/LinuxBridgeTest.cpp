@@ -14,8 +14,7 @@
 #include "tests/support/Random.h"
 #include "tests/topo/LinuxTexts.h"
 
-namespace Topo {
-namespace {
+namespace Topo::LinuxBridgeTest {
 
 using Test::bridgeLink;
 using Test::capture;
@@ -263,5 +262,4 @@ TEST(LinuxBridge, namedBridgeThatIsNotVlanAwareIsAnError) {
             "link.json: error: the bridge br1 is not VLAN-aware; VLAN-aware bridges are br0");
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::LinuxBridgeTest

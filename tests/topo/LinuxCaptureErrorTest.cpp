@@ -7,8 +7,7 @@
 #include "tests/topo/LinuxTexts.h"
 #include "topo/LinuxBridge.h"
 
-namespace Topo {
-namespace {
+namespace Topo::LinuxCaptureErrorTest {
 
 using Test::bridgeLink;
 using Test::capture;
@@ -239,5 +238,4 @@ TEST(LinuxCaptureError, instancesOfVlansAreNumbers) {
             "vlan-global.json: error: /0/vlans/0/vlanEnd: expected a number from 1 to 4094, found 0");
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::LinuxCaptureErrorTest

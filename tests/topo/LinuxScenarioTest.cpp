@@ -12,8 +12,7 @@
 #include "topo/Import.h"
 #include "topo/LinuxBridge.h"
 
-namespace Topo {
-namespace {
+namespace Topo::LinuxScenarioTest {
 
 using Test::bridgeLink;
 using Test::capture;
@@ -140,5 +139,4 @@ TEST(LinuxScenario, namesStandInQuotesInEveryLine) {
             "instance msti0 port \"eth1-2\"\n");
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::LinuxScenarioTest

@@ -8,8 +8,7 @@
 
 #include "tests/topo/PlayedDocument.h"
 
-namespace Topo {
-namespace {
+namespace Topo::ReferenceTest {
 
 using Test::docText;
 using Test::linesOf;
@@ -204,5 +203,4 @@ TEST(ManPage, explainsEveryOption) {
   EXPECT_EQ(explained, all);
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::ReferenceTest

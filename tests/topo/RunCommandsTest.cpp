@@ -5,8 +5,7 @@
 
 #include "tests/topo/Scenarios.h"
 
-namespace Topo {
-namespace {
+namespace Topo::RunCommandsTest {
 
 using Test::bridge;
 using Test::document;
@@ -236,5 +235,4 @@ TEST(AttachCommand, needsTheLibraryAndTheRightWord) {
   }
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::RunCommandsTest

@@ -6,8 +6,7 @@
 #include "tests/topo/Run.h"
 #include "tests/topo/TerminalShell.h"
 
-namespace Topo {
-namespace {
+namespace Topo::ShellHistoryTest {
 
 using Test::ctrlD;
 using Test::ctrlR;
@@ -87,5 +86,4 @@ TEST(Shell, aLongHistoryIsCutBack) {
   EXPECT_EQ(home->read(".topo_history"), lines.substr(lines.find("echo 1001\n")) + "exit\n");
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::ShellHistoryTest

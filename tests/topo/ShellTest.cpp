@@ -6,8 +6,7 @@
 #include "tests/topo/Run.h"
 #include "tests/topo/TerminalShell.h"
 
-namespace Topo {
-namespace {
+namespace Topo::ShellTest {
 
 using Test::ctrlC;
 using Test::ctrlD;
@@ -323,5 +322,4 @@ TEST(Shell, tablesAreColouredOnATerminalAndPlainElsewhere) {
   EXPECT_EQ(run({"run", file}).out, plain);
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::ShellTest

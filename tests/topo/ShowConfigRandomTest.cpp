@@ -9,8 +9,7 @@
 #include "topo/ScenarioError.h"
 #include "topo/Session.h"
 
-namespace Topo {
-namespace {
+namespace Topo::ShowConfigRandomTest {
 
 using Test::Outcome;
 using Test::Random;
@@ -74,5 +73,4 @@ TEST(ShowConfigRandom, makesTheSameConfigurationAgain) {
   EXPECT_GT(commands, 5'000U);
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::ShowConfigRandomTest

@@ -2,8 +2,7 @@
 
 #include "tests/topo/Run.h"
 
-namespace Topo {
-namespace {
+namespace Topo::ShowConfigTest {
 
 using Test::Outcome;
 using Test::runScenario;
@@ -141,5 +140,4 @@ TEST(ShowConfig, isTheInputsAloneAndNotWhatTheLibraryPublishes) {
   EXPECT_EQ(configAfter(config + "start library\nstart view\nsettle"), config);
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::ShowConfigTest

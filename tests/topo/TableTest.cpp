@@ -3,8 +3,7 @@
 #include "tests/topo/Run.h"
 #include "topo/Table.h"
 
-namespace Topo {
-namespace {
+namespace Topo::TableTest {
 
 using Test::Outcome;
 using Test::runScenario;
@@ -254,5 +253,4 @@ TEST(Table, colourDoesNotMoveTheColumns) {
             "\033[31mdown\033[0m  y\n");
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::TableTest

@@ -2,8 +2,7 @@
 
 #include "tests/topo/Scenarios.h"
 
-namespace Topo {
-namespace {
+namespace Topo::TimeCommandsTest {
 
 using Test::bridge;
 using Test::document;
@@ -164,5 +163,4 @@ TEST(RealTime, hasNoTickAndTheLibraryRunsInIt) {
   EXPECT_EQ(outcome.err, "-:1: error: real time has no tick; leave out --real-time\n");
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::TimeCommandsTest

@@ -2,8 +2,7 @@
 
 #include "tests/topo/PlayedDocument.h"
 
-namespace Topo {
-namespace {
+namespace Topo::TourTest {
 
 using Test::docText;
 using Test::playDocument;
@@ -24,5 +23,4 @@ TEST(Tour, linksLeadSomewhere) {
   }
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::TourTest

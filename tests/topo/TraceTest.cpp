@@ -6,8 +6,7 @@
 
 #include "tests/topo/Run.h"
 
-namespace Topo {
-namespace {
+namespace Topo::TraceTest {
 
 using Test::errorOf;
 using Test::Outcome;
@@ -190,5 +189,4 @@ TEST(Assertion, reportsItsPlaceItsFunctionAndItsText) {
                                                      R"("topoPortConfig":{}}})"));
 }
 
-}  // namespace
-}  // namespace Topo
+}  // namespace Topo::TraceTest

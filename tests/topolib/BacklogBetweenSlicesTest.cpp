@@ -9,8 +9,7 @@
 #include "tests/topolib/BacklogSlice.h"
 #include "tests/topolib/StateLog.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::BacklogBetweenSlicesTest {
 
 using Test::BacklogSlice;
 using Test::StateLog;
@@ -146,5 +145,4 @@ TEST_F(BacklogSlice, configurationThatGoesBetweenSlicesTakesEverythingAlong) {
   }
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::BacklogBetweenSlicesTest

@@ -14,8 +14,7 @@
 #include "tests/topolib/Observed.h"
 #include "tests/topolib/StateLog.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::BacklogRunTest {
 
 using Test::Agent;
 using Test::Messages;
@@ -371,5 +370,4 @@ TEST_F(BacklogRunTest, partlyDirtyVlanIsAddedOnlyWhereItIsRegistered) {
   EXPECT_TRUE(agent.carries("B", "Ethernet1", 10));
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::BacklogRunTest

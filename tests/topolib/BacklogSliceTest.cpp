@@ -11,8 +11,7 @@
 #include "tests/topolib/BacklogSlice.h"
 #include "tests/topolib/StateLog.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::BacklogSliceTest {
 
 using Test::Agent;
 using Test::BacklogSlice;
@@ -253,5 +252,4 @@ TEST(BacklogSliceImmediate, neverYields) {
   EXPECT_TRUE(codef.codefState()->idle());
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::BacklogSliceTest

@@ -9,8 +9,7 @@
 
 #include "tests/support/Recorder.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::DirtyVlanDirTest {
 
 using Bridging::VlanId;
 using Quill::IntfId;
@@ -275,5 +274,4 @@ TEST(DirtyVlan, intfDelAllNotifiesEachPortInOrderOfThePass) {
   EXPECT_EQ(intfs.keys.size(), 3U);
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::DirtyVlanDirTest

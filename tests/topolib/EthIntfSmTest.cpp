@@ -11,8 +11,7 @@
 
 #include "tests/topolib/Publisher.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::EthIntfSmTest {
 
 using Bridging::Topology::PortState;
 using Interface::ForwardingModel;
@@ -271,5 +270,4 @@ TEST(EthIntfSm, leavesNothingBehindWhenAReaderRemovesThePortWhileItsConfiguratio
   EXPECT_TRUE(agent.topoConfig->topoPortConfig().empty());
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::EthIntfSmTest

@@ -9,8 +9,7 @@
 
 #include "tests/topolib/model/Sequence.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::ExpansionReaderTest {
 
 using Test::Action;
 using Test::addPort;
@@ -106,5 +105,4 @@ TEST(ExpansionReader, vlanThatAReaderMakesAnewKeepsNothingThatItInheritedBefore)
   EXPECT_EQ(script.failure(), none);
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::ExpansionReaderTest

@@ -11,8 +11,7 @@
 #include "tests/topolib/StateLog.h"
 #include "tests/topolib/Switch.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmAttributesTest {
 
 using Bridging::VlanId;
 using Test::inst;
@@ -207,5 +206,4 @@ TEST_F(LibSmAttributes, factoryMakesOneThatNobodyOwns) {
   EXPECT_NE(agent.root->libSm(), made);
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmAttributesTest

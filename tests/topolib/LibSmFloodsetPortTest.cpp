@@ -12,8 +12,7 @@
 #include "tests/topolib/Observed.h"
 #include "tests/topolib/StateLog.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmFloodsetPortTest {
 
 using Bridging::AllowedTrafficDirection;
 using Bridging::VlanPortConfig;
@@ -338,5 +337,4 @@ TEST_F(LibSmFloodsetPort, replacedConfigurationIsExpandedAfresh) {
   EXPECT_TRUE(sm().vlanToExpVlanSetMapHas(20));
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmFloodsetPortTest

@@ -12,8 +12,7 @@
 #include "tests/topolib/Observed.h"
 #include "tests/topolib/StateLog.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmFloodsetTest {
 
 using Bridging::AllowedTrafficDirection;
 using Bridging::VlanPortConfig;
@@ -338,5 +337,4 @@ TEST_F(LibSmFloodsetDeathTest, vlanThatIsSourceAndTargetAbortsWhenItIsMapped) {
       testing::HasSubstr("Assertion '!vlanToExpVlanSetMapHas( vid ) || !expVlanToVlanSetMapHas( vid )' failed."));
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmFloodsetTest

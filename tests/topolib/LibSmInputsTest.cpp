@@ -9,8 +9,7 @@
 #include "tests/topolib/StateLog.h"
 #include "tests/topolib/Switch.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmInputsTest {
 
 using Test::Agent;
 using Test::assertionReport;
@@ -101,5 +100,4 @@ TEST(LibSmInputsDeathTest, nullBridgingConfigurationAbortsWhenAVlanIsProcessed) 
   agent.config->vidToTopoMapDel(10);
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmInputsTest

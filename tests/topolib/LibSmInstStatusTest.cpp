@@ -10,8 +10,7 @@
 #include "tests/topolib/StateLog.h"
 #include "tests/topolib/Switch.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmInstStatusTest {
 
 using Test::inst;
 using Test::instNotified;
@@ -104,5 +103,4 @@ TEST(LibSmInstStatus, inModeCreateStatusMarksNoVlan) {
   EXPECT_TRUE(agent.libSm->dirtyVlanDir()->dirtyVlan().empty());
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmInstStatusTest

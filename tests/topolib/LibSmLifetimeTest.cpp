@@ -13,8 +13,7 @@
 #include "tests/topolib/Observed.h"
 #include "tests/topolib/StateLog.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmLifetimeTest {
 
 using Test::contentsOf;
 using Test::makeInputChanges;
@@ -189,5 +188,4 @@ TEST(ReleasedLibSm, mayBeReleasedInsideANotificationOfItsOwn) {
   EXPECT_TRUE(agent.config->notifieeList()->size() <= 1U);
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmLifetimeTest

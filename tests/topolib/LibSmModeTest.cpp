@@ -8,8 +8,7 @@
 
 #include "tests/support/Enumeration.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmModeTest {
 
 struct Modes {
   using Instance = LibSmModeInstance;
@@ -19,9 +18,8 @@ struct Modes {
   static inline const std::vector<std::string> unknown{"", "NotifyStatus", "notify", "notifyStatus ", "1"};
 };
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmModeTest
 
 namespace Test {
-INSTANTIATE_TYPED_TEST_SUITE_P(LibSmMode, Enumeration, Topology::Library::Modes);
+INSTANTIATE_TYPED_TEST_SUITE_P(LibSmMode, Enumeration, Topology::Library::LibSmModeTest::Modes);
 }  // namespace Test

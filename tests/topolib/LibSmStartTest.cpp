@@ -12,8 +12,7 @@
 #include "tests/topolib/StateLog.h"
 #include "tests/topolib/Switch.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmStartTest {
 
 using Bridging::VlanId;
 using Test::Agent;
@@ -293,5 +292,4 @@ TEST(LibSmStart, vlanThatLosesItsConfigurationDuringTheInitialPassGoesOutOfServi
   EXPECT_NE(agent.libSm->vlanConfigSm(10), nullptr);
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmStartTest

@@ -2,8 +2,7 @@
 
 #include "tests/topolib/Switch.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmTest {
 
 using Test::Running;
 using Test::Start;
@@ -15,5 +14,4 @@ TEST(LibSm, publishesAPortFromEndToEnd) {
   EXPECT_EQ(agent.port("A", "Ethernet1")->state(), Bridging::Topology::PortState::forwarding);
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmTest

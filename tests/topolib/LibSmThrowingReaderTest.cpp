@@ -10,8 +10,7 @@
 #include "tests/topolib/Observed.h"
 #include "tests/topolib/StateLog.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmThrowingReaderTest {
 
 using Test::contentsOf;
 using Test::drainAll;
@@ -172,5 +171,4 @@ TEST(ThrownByAReader, ofInitDoneLosesNoMark) {
   EXPECT_TRUE(agent.libSm->dirtyVlanDir()->dirtyVlan().empty());
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmThrowingReaderTest

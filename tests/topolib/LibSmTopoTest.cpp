@@ -12,8 +12,7 @@
 #include "tests/topolib/StateLog.h"
 #include "tests/topolib/Switch.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmTopoTest {
 
 using Bridging::VlanId;
 using Test::Agent;
@@ -369,5 +368,4 @@ TEST(LibSmTopo, withoutSetOfVlansIsNotDeletedEvenIfItsConfigurationIsGone) {
   EXPECT_NE(agent.state->topo("A"), nullptr);
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmTopoTest

@@ -11,8 +11,7 @@
 #include "tests/topolib/Observed.h"
 #include "tests/topolib/Switch.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmTopoTraceTest {
 
 using Test::assertionReport;
 using Test::instNotified;
@@ -247,5 +246,4 @@ TEST(LibSmTopoDeathTest, stateMachineWithoutItsTopologyAborts) {
   EXPECT_DEATH(agent.libSm->handleTopoConfigOrStatus("A"), assertionReport("topo", "LibSm::reconcileTopo"));
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmTopoTraceTest

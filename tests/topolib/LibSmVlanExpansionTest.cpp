@@ -9,8 +9,7 @@
 #include "tests/topolib/StateLog.h"
 #include "tests/topolib/Switch.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmVlanExpansionTest {
 
 using Test::inst;
 using Test::StateLog;
@@ -115,5 +114,4 @@ TEST_F(Expanding, mayBecomeExpandedItselfOnceItsConfigurationWasReplaced) {
   EXPECT_TRUE(agent.carries("A", "Ethernet2", 20));
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmVlanExpansionTest

@@ -12,8 +12,7 @@
 #include "tests/topolib/StateLog.h"
 #include "topolib/FilterIntf.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmVlanPortTest {
 
 using Bridging::AllowedTrafficDirection;
 using Bridging::VlanPortConfig;
@@ -295,5 +294,4 @@ TEST_F(LibSmVlanPortDeathTest, initialPassIsOverOnceTheVlanIsInitialised) {
                assertionReport("!initialized()", "handleVlanPortConfig"));
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmVlanPortTest

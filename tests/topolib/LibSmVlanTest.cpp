@@ -13,8 +13,7 @@
 #include "tests/topolib/StateLog.h"
 #include "tests/topolib/Switch.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibSmVlanTest {
 
 using Bridging::VlanId;
 using Test::Agent;
@@ -337,5 +336,4 @@ TEST(LibSmVlanDeathTest, vlanThatExpandsAndIsExpandedIntoAborts) {
       assertionReport("!vlanToExpVlanSetMapHas( vid ) || !expVlanToVlanSetMapHas( vid )", "LibSm::moveExpansion"));
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibSmVlanTest

@@ -11,8 +11,7 @@
 #include "tests/support/Random.h"
 #include "topolib/LibState.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibStateRandomTest {
 
 using Bridging::VlanId;
 using Bridging::VlanPortConfig;
@@ -399,5 +398,4 @@ TEST(LibStateRandom, readersAgreeWhenOneOfThemWrites) {
   EXPECT_GT(meddled, 1'000U);
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibStateRandomTest

@@ -8,8 +8,7 @@
 
 #include "tests/support/Recorder.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LibStateTest {
 
 using Mox::String;
 using Test::KeyRecorder;
@@ -247,5 +246,4 @@ TEST(LibState, isReadThroughPointerToConst) {
   EXPECT_EQ(recorder.events, Events{initDoneChanged});
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LibStateTest

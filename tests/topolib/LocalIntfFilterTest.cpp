@@ -5,8 +5,7 @@
 #include <string>
 #include <type_traits>
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::LocalIntfFilterTest {
 
 TEST(LocalIntfFilter, acceptsLocalInterfaces) {
   LocalIntfFilter filter;
@@ -52,5 +51,4 @@ TEST(LocalIntfFilter, isAFilterWithoutStateOfItsOwn) {
   EXPECT_EQ(sizeof(LocalIntfFilter), sizeof(FilterIntf));
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::LocalIntfFilterTest

@@ -16,8 +16,7 @@
 #include "topolib/TopoToVlanMap.h"
 #include "topolib/VlanToVlanSet.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::ModuleTest {
 
 using Test::attributesOf;
 using Names = std::vector<std::string>;
@@ -70,5 +69,4 @@ TEST(TopoLibModule, entitiesArePrintedByTypeAndName) {
   EXPECT_EQ(out.str(), "Topology::Library::LibState(state) Topology::Library::Topo(A) Topology::Library::Port");
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::ModuleTest

@@ -4,8 +4,7 @@
 
 #include <map>
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::PortSetTest {
 
 using Quill::IntfId;
 
@@ -79,5 +78,4 @@ TEST(PortSet, isCounted) {
   EXPECT_EQ(set->references(), 1U);
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::PortSetTest

@@ -9,8 +9,7 @@
 #include "tests/support/Recorder.h"
 #include "topolib/LibState.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::PortTest {
 
 using Bridging::AllowedTrafficDirection;
 using Bridging::VlanId;
@@ -219,5 +218,4 @@ concept WritesPort = requires(T& port) {
 || requires(T& port) { port.fdbFlushIs(1); };
 static_assert(WritesPort<Port> && !WritesPort<const Port>);
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::PortTest

@@ -9,8 +9,7 @@
 #include "tests/support/TraceLines.h"
 #include "tests/topolib/Publisher.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::PublisherTraceTest {
 
 using Interface::ForwardingModel;
 using Interface::LinkStatus;
@@ -196,5 +195,4 @@ TEST(PublisherTrace, isWrittenOnlyAtTheLevelsThatAreOn) {
   }
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::PublisherTraceTest

@@ -9,8 +9,7 @@
 #include "mox/AllocationTrack.h"
 #include "tests/topolib/Switch.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::ReactorCountTest {
 
 using Test::inst;
 using Test::Switch;
@@ -60,5 +59,4 @@ TEST(ReactorCount, hasAReactorForEachEntityThatIsWatched) {
   EXPECT_EQ(living(), Counts{});
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::ReactorCountTest

@@ -9,8 +9,7 @@
 #include "tests/topolib/Agent.h"
 #include "tests/topolib/StateLog.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::ReentrancyTest {
 
 using Bridging::AllowedTrafficDirection;
 using Bridging::VlanPortConfig;
@@ -145,5 +144,4 @@ TEST_P(Reentrancy, portOfADroppedExpansionIsAnnouncedWithAnOwnEntry) {
 INSTANTIATE_TEST_SUITE_P(Modes, Reentrancy, testing::Bool(),
                          [](const auto& mode) { return mode.param ? "deferred" : "immediate"; });
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::ReentrancyTest

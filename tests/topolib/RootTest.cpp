@@ -14,8 +14,7 @@
 #include "tests/topolib/Switch.h"
 #include "topolib/LocalIntfFilter.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::RootTest {
 
 using Test::Recorder;
 using Test::Running;
@@ -255,5 +254,4 @@ TEST_F(RootStart, leavesTheStateAsItStandsWhenItEnds) {
   EXPECT_TRUE(agent.intfDir->notifieeList()->empty());
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::RootTest

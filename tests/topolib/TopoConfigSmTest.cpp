@@ -14,8 +14,7 @@
 #include "tests/topolib/Observed.h"
 #include "tests/topolib/StateLog.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::TopoConfigSmTest {
 
 using Bridging::Topology::PortState;
 using Interface::ForwardingModel;
@@ -397,5 +396,4 @@ TEST_F(TopoConfigSmDeathTest, stateMachineOnAReplacedConfigurationAborts) {
                assertionReport("topoPortSm->topoPortConfig() == topoPortConfig", "reconcilePort"));
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::TopoConfigSmTest

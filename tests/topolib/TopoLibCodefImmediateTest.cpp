@@ -10,8 +10,7 @@
 #include "tests/topolib/Codef.h"
 #include "topolib/TopoLibCodef.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::TopoLibCodefImmediateTest {
 
 using Test::Agent;
 using Test::CodefBase;
@@ -100,5 +99,4 @@ TEST_F(TopoLibCodefImmediate, oneBuiltOnAFilledDirectoryServesItWhenItIsThrough)
   EXPECT_EQ(trace.count(5, "processing interface Ethernet1"), 1U);
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::TopoLibCodefImmediateTest

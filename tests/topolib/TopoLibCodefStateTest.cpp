@@ -6,8 +6,7 @@
 
 #include "tests/support/Recorder.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::TopoLibCodefStateTest {
 
 using Test::Recorder;
 
@@ -42,5 +41,4 @@ TEST(TopoLibCodefState, idleHasItsNewValueWhenItIsNotified) {
   EXPECT_EQ(recorder.events.size(), 1U);
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::TopoLibCodefStateTest

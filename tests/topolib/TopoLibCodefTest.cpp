@@ -14,8 +14,7 @@
 #include "tests/topolib/Codef.h"
 #include "tests/topolib/Observed.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::TopoLibCodefTest {
 
 using Test::Agent;
 using Test::assertionReport;
@@ -345,5 +344,4 @@ TEST_F(TopoLibCodefDeathTest, reactorThatIsNotInitialisedAborts) {
   EXPECT_EQ(codef().updatesSeen(), 1U);
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::TopoLibCodefTest

@@ -12,8 +12,7 @@
 #include "tests/topolib/Agent.h"
 #include "tests/topolib/StateLog.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::TopoPortConfigSmTest {
 
 using Bridging::Topology::PortState;
 using Test::Agent;
@@ -139,5 +138,4 @@ TEST_F(TopoPortConfigSmTest, removedStateMachineHearsNothingMore) {
   EXPECT_TRUE(trace.lines().empty());
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::TopoPortConfigSmTest

@@ -11,8 +11,7 @@
 #include "mox/Exception.h"
 #include "tests/topolib/Publisher.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::TopoSmTest {
 
 using Test::Publisher;
 using Test::StatusLog;
@@ -311,5 +310,4 @@ TEST(TopoSm, endsWellWhenAReaderReleasesThePublisher) {
   }
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::TopoSmTest

@@ -9,8 +9,7 @@
 #include "tests/support/Recorder.h"
 #include "topolib/LibState.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::TopoTest {
 
 using Quill::IntfId;
 using Test::KeyRecorder;
@@ -170,5 +169,4 @@ concept WritesTopo = requires(T& topo) {
 || requires(T& topo) { topo.portDelAll(); };
 static_assert(WritesTopo<Topo> && !WritesTopo<const Topo>);
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::TopoTest

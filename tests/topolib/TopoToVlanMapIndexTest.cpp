@@ -14,8 +14,7 @@
 #include "tests/support/Recorder.h"
 #include "topolib/TopoToVlanMap.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::TopoToVlanMapIndexTest {
 
 using Bridging::VlanId;
 using Mox::String;
@@ -213,5 +212,4 @@ TEST(TopoOfVlan, agreesWithTheMapThroughRandomChanges) {
   }
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::TopoToVlanMapIndexTest

@@ -8,8 +8,7 @@
 
 #include "tests/support/Recorder.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::TopoToVlanMapTest {
 
 using Bridging::VlanId;
 using Mox::String;
@@ -225,5 +224,4 @@ TEST(MappedVlan, iterationVisitsEachVlan) {
   EXPECT_EQ(visited, (std::map<VlanId, bool>{{1, true}, {4094, false}}));
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::TopoToVlanMapTest

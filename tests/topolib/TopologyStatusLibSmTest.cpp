@@ -8,8 +8,7 @@
 
 #include "tests/topolib/Publisher.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::TopologyStatusLibSmTest {
 
 using Test::Publisher;
 using Test::StatusLog;
@@ -297,5 +296,4 @@ TEST(TopologyStatusLibSm, goesOnWithWhatAnEarlierOneLeft) {
   EXPECT_EQ(log.lines, (Lines{"A -Ethernet1", "-B"}));
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::TopologyStatusLibSmTest

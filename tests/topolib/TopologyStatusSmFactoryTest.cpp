@@ -8,8 +8,7 @@
 #include "mox/Exception.h"
 #include "tests/topolib/Publisher.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::TopologyStatusSmFactoryTest {
 
 using Test::Publisher;
 using Contents = std::set<std::string>;
@@ -122,5 +121,4 @@ TEST(TopologyStatusLibSmDeathTest, withATopologyUnderAnotherName) {
               ::Test::assertionReport("fwkKey() == KeyFunktor()( _value )", "topoSmIs"));
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::TopologyStatusSmFactoryTest

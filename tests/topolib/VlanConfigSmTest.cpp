@@ -14,8 +14,7 @@
 #include "tests/topolib/Switch.h"
 #include "topolib/LocalIntfFilter.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::VlanConfigSmTest {
 
 using Test::assertionReport;
 using Test::inst;
@@ -224,5 +223,4 @@ TEST(VlanConfigSmDeathTest, portsAreHandledAllAtOnceOnlyBeforeItIsInitialised) {
   EXPECT_DEATH(sm.handleVlanPortConfig(), assertionReport("!initialized()", "VlanConfigSm::handleVlanPortConfig"));
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::VlanConfigSmTest

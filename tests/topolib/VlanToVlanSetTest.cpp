@@ -8,8 +8,7 @@
 
 #include "tests/support/Recorder.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::VlanToVlanSetTest {
 
 using Bridging::VlanId;
 using Test::KeyRecorder;
@@ -154,5 +153,4 @@ TEST(VlanToVlanSetMaps, ownTheirSets) {
   EXPECT_EQ(set->references(), 1U);
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::VlanToVlanSetTest

@@ -14,8 +14,7 @@
 #include "mox/Ptr.h"
 #include "mox/String.h"
 
-namespace Mox {
-namespace {
+namespace Mox::PtrThreadsTest {
 
 constexpr std::size_t threadCount = 4;
 constexpr int rounds = 2000;
@@ -149,5 +148,4 @@ TEST_F(PtrThreads, lastCopyOfStringMayGoInAnyThread) {
   }
 }
 
-}  // namespace
-}  // namespace Mox
+}  // namespace Mox::PtrThreadsTest

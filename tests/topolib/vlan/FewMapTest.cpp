@@ -13,8 +13,7 @@
 #include "mox/String.h"
 #include "tests/support/Random.h"
 
-namespace Topology::Library::Vlan::detail {
-namespace {
+namespace Topology::Library::Vlan::detail::FewMapTest {
 
 using Map = FewMap<int, std::string>;
 using Members = std::vector<std::pair<int, std::string>>;
@@ -204,5 +203,4 @@ TEST(FewMap, passSeesEveryMemberThatStaysOnceAndInOrder) {
   }
 }
 
-}  // namespace
-}  // namespace Topology::Library::Vlan::detail
+}  // namespace Topology::Library::Vlan::detail::FewMapTest

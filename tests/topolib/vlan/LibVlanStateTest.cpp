@@ -8,8 +8,7 @@
 
 #include "tests/topolib/vlan/View.h"
 
-namespace Topology::Library::Vlan {
-namespace {
+namespace Topology::Library::Vlan::LibVlanStateTest {
 
 using Bridging::AllowedTrafficDirection;
 using Test::KeyRecorder;
@@ -225,5 +224,4 @@ TEST(ViewPort, isToldAbsentWhileItsTopologyGoes) {
   EXPECT_FALSE(isThere);
 }
 
-}  // namespace
-}  // namespace Topology::Library::Vlan
+}  // namespace Topology::Library::Vlan::LibVlanStateTest

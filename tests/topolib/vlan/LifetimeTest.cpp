@@ -12,8 +12,7 @@
 #include "tests/topolib/Publisher.h"
 #include "tests/topolib/vlan/View.h"
 
-namespace Topology::Library::Vlan {
-namespace {
+namespace Topology::Library::Vlan::LifetimeTest {
 
 using Test::contentsOf;
 using Test::inst;
@@ -334,5 +333,4 @@ TEST(Feedback, aConfigurationThatGoesInTheInitialPassAbortsNobody) {
   }
 }
 
-}  // namespace
-}  // namespace Topology::Library::Vlan
+}  // namespace Topology::Library::Vlan::LifetimeTest

@@ -12,8 +12,7 @@
 #include "tests/support/ModuleTypes.h"
 #include "topolib/vlan/TopoLibVlan.h"
 
-namespace Topology::Library::Vlan {
-namespace {
+namespace Topology::Library::Vlan::ModuleTest {
 
 using Test::attributesOf;
 using Names = std::vector<std::string>;
@@ -48,5 +47,4 @@ TEST(TopoLibVlanModule, entitiesArePrintedByTypeAndName) {
             "Topology::Library::Vlan::Port");
 }
 
-}  // namespace
-}  // namespace Topology::Library::Vlan
+}  // namespace Topology::Library::Vlan::ModuleTest

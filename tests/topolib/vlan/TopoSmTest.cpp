@@ -12,8 +12,7 @@
 #include "tests/support/TraceLines.h"
 #include "tests/topolib/vlan/View.h"
 
-namespace Topology::Library::Vlan {
-namespace {
+namespace Topology::Library::Vlan::TopoSmTest {
 
 using Test::View;
 using Test::ViewLog;
@@ -224,5 +223,4 @@ TEST(ViewTopoSm, servesAReaderThatBringsThePortBackWhileItIsWithdrawn) {
   }
 }
 
-}  // namespace
-}  // namespace Topology::Library::Vlan
+}  // namespace Topology::Library::Vlan::TopoSmTest

@@ -9,8 +9,7 @@
 
 #include "tests/topolib/vlan/View.h"
 
-namespace Topology::Library::Vlan {
-namespace {
+namespace Topology::Library::Vlan::ViewReadersTest {
 
 using Test::View;
 using Test::ViewLog;
@@ -207,5 +206,4 @@ TEST(ViewReaders, mayReleaseTheViewAtEveryMoment) {
   }
 }
 
-}  // namespace
-}  // namespace Topology::Library::Vlan
+}  // namespace Topology::Library::Vlan::ViewReadersTest

@@ -9,8 +9,7 @@
 #include "tests/support/TraceLines.h"
 #include "tests/topolib/vlan/View.h"
 
-namespace Topology::Library::Vlan {
-namespace {
+namespace Topology::Library::Vlan::ViewTraceTest {
 
 using Test::TraceLines;
 using Test::View;
@@ -257,5 +256,4 @@ TEST(ViewTrace, hasAFacilityOfItsOwn) {
   EXPECT_TRUE(trace.lines().empty());
 }
 
-}  // namespace
-}  // namespace Topology::Library::Vlan
+}  // namespace Topology::Library::Vlan::ViewTraceTest

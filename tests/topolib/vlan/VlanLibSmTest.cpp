@@ -9,8 +9,7 @@
 #include "mox/Exception.h"
 #include "tests/topolib/vlan/View.h"
 
-namespace Topology::Library::Vlan {
-namespace {
+namespace Topology::Library::Vlan::VlanLibSmTest {
 
 using Test::View;
 using Test::ViewLog;
@@ -295,5 +294,4 @@ TEST(VlanLibSm, servesAReaderThatReplacesTheTopology) {
   }
 }
 
-}  // namespace
-}  // namespace Topology::Library::Vlan
+}  // namespace Topology::Library::Vlan::VlanLibSmTest

@@ -8,8 +8,7 @@
 
 #include "tests/topolib/vlan/View.h"
 
-namespace Topology::Library::Vlan {
-namespace {
+namespace Topology::Library::Vlan::VlanPortMappingTest {
 
 using Bridging::VlanPortConfig;
 using Test::View;
@@ -296,5 +295,4 @@ TEST(VlanPortMapping, cleansUpEveryVlan) {
   EXPECT_EQ(agent.contents(), Contents());
 }
 
-}  // namespace
-}  // namespace Topology::Library::Vlan
+}  // namespace Topology::Library::Vlan::VlanPortMappingTest
