@@ -40,7 +40,7 @@ class MOX_PUBLIC VlanConfig : public Mox::Entity {
     valueIs(vlanPortConfig_, vlanPortConfigAttr, intf, v);
   }
   void vlanPortConfigDel(Quill::IntfId intf) { valueDel(vlanPortConfig_, vlanPortConfigAttr, intf); }
-  void vlanPortConfigDelAll() { valueDelAll(vlanPortConfig_, vlanPortConfigAttr); }
+  void vlanPortConfigDelAll();
 
   /// A VLAN whose ports this VLAN must reach as well, or none.
   [[nodiscard]] VlanIdOrNone floodsetExpandedVlan() const noexcept { return floodsetExpandedVlan_; }
@@ -68,11 +68,9 @@ class MOX_PUBLIC Config : public Mox::NamedEntity {
   [[nodiscard]] const auto& vlanConfig() const noexcept { return vlanConfig_; }
   [[nodiscard]] const VlanConfig* vlanConfig(VlanId vid) const noexcept { return vlanConfig_.find(vid); }
   [[nodiscard]] VlanConfig* vlanConfig(VlanId vid) noexcept { return vlanConfig_.find(vid); }
-  Mox::Ptr<VlanConfig> vlanConfigIs(VlanId vid, bool internal = false) {
-    return memberIs(vlanConfig_, vlanConfigAttr, vid, internal);
-  }
-  void vlanConfigDel(VlanId vid) { memberDel(vlanConfig_, vlanConfigAttr, vid); }
-  void vlanConfigDelAll() { memberDelAll(vlanConfig_, vlanConfigAttr); }
+  Mox::Ptr<VlanConfig> vlanConfigIs(VlanId vid, bool internal = false);
+  void vlanConfigDel(VlanId vid);
+  void vlanConfigDelAll();
 
  private:
   Mox::EntityCollection<VlanId, VlanConfig> vlanConfig_;

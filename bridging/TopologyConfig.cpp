@@ -74,6 +74,14 @@ void Config::vlanOfTopoDel(const Mox::String& name, VlanId vid) noexcept {
   if (vlans->empty()) vlansOfTopo_.erase(name);
 }
 
+void TopoConfig::topoPortConfigDel(Quill::IntfId intf) { memberDel(topoPortConfig_, topoPortConfigAttr, intf); }
+void TopoConfig::topoPortConfigDelAll() { memberDelAll(topoPortConfig_, topoPortConfigAttr); }
+Mox::Ptr<TopoConfig> Config::topoConfigIs(const Mox::String& name, unsigned topoNumber) {
+  return memberIs(topoConfig_, topoConfigAttr, name, topoNumber);
+}
+void Config::topoConfigDel(const Mox::String& name) { memberDel(topoConfig_, topoConfigAttr, name); }
+void Config::topoConfigDelAll() { memberDelAll(topoConfig_, topoConfigAttr); }
+
 Mox::Ptr<Config> configFactory(const Mox::String& name) { return Mox::makePtr<Config>(name); }
 
 }  // namespace Bridging::Topology

@@ -74,8 +74,8 @@ class MOX_PUBLIC TopoConfig : public Mox::NamedEntity {
   }
   [[nodiscard]] TopoPortConfig* topoPortConfig(Quill::IntfId intf) noexcept { return topoPortConfig_.find(intf); }
   Mox::Ptr<TopoPortConfig> topoPortConfigIs(Quill::IntfId intf, unsigned number, PortState state);
-  void topoPortConfigDel(Quill::IntfId intf) { memberDel(topoPortConfig_, topoPortConfigAttr, intf); }
-  void topoPortConfigDelAll() { memberDelAll(topoPortConfig_, topoPortConfigAttr); }
+  void topoPortConfigDel(Quill::IntfId intf);
+  void topoPortConfigDelAll();
 
   /// Whether the status publisher is to make a port configuration for each port that it reports, and their state.
   [[nodiscard]] bool publishPortConfig() const noexcept { return publishPortConfig_; }
@@ -115,11 +115,9 @@ class MOX_PUBLIC Config : public Mox::NamedEntity {
   [[nodiscard]] const auto& topoConfig() const noexcept { return topoConfig_; }
   [[nodiscard]] const TopoConfig* topoConfig(const Mox::String& name) const noexcept { return topoConfig_.find(name); }
   [[nodiscard]] TopoConfig* topoConfig(const Mox::String& name) noexcept { return topoConfig_.find(name); }
-  Mox::Ptr<TopoConfig> topoConfigIs(const Mox::String& name, unsigned topoNumber) {
-    return memberIs(topoConfig_, topoConfigAttr, name, topoNumber);
-  }
-  void topoConfigDel(const Mox::String& name) { memberDel(topoConfig_, topoConfigAttr, name); }
-  void topoConfigDelAll() { memberDelAll(topoConfig_, topoConfigAttr); }
+  Mox::Ptr<TopoConfig> topoConfigIs(const Mox::String& name, unsigned topoNumber);
+  void topoConfigDel(const Mox::String& name);
+  void topoConfigDelAll();
 
  private:
   void vlanOfTopoIs(const Mox::String& name, VlanId vid);

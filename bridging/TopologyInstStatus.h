@@ -28,7 +28,7 @@ class MOX_PUBLIC TopoStatus : public Mox::NamedEntity {
     valueIs(topoPortStatus_, topoPortStatusAttr, intf, number);
   }
   void topoPortStatusDel(Quill::IntfId intf) { valueDel(topoPortStatus_, topoPortStatusAttr, intf); }
-  void topoPortStatusDelAll() { valueDelAll(topoPortStatus_, topoPortStatusAttr); }
+  void topoPortStatusDelAll();
 
   [[nodiscard]] bool isBuiltFrom(unsigned topoNumber) const noexcept { return topoNumber == topoNumber_; }
 
@@ -48,11 +48,9 @@ class MOX_PUBLIC Status : public Mox::NamedEntity {
   [[nodiscard]] const auto& topoStatus() const noexcept { return topoStatus_; }
   [[nodiscard]] const TopoStatus* topoStatus(const Mox::String& name) const noexcept { return topoStatus_.find(name); }
   [[nodiscard]] TopoStatus* topoStatus(const Mox::String& name) noexcept { return topoStatus_.find(name); }
-  Mox::Ptr<TopoStatus> topoStatusIs(const Mox::String& name, unsigned topoNumber) {
-    return memberIs(topoStatus_, topoStatusAttr, name, topoNumber);
-  }
-  void topoStatusDel(const Mox::String& name) { memberDel(topoStatus_, topoStatusAttr, name); }
-  void topoStatusDelAll() { memberDelAll(topoStatus_, topoStatusAttr); }
+  Mox::Ptr<TopoStatus> topoStatusIs(const Mox::String& name, unsigned topoNumber);
+  void topoStatusDel(const Mox::String& name);
+  void topoStatusDelAll();
 
  private:
   Mox::EntityCollection<Mox::String, TopoStatus> topoStatus_;

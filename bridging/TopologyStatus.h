@@ -23,7 +23,7 @@ class MOX_PUBLIC TopoStatus : public Mox::NamedEntity {
   [[nodiscard]] bool topoPortStatus(Quill::IntfId intf) const noexcept { return topoPortStatus_.has(intf); }
   void topoPortStatusIs(Quill::IntfId intf) { valueIs(topoPortStatus_, topoPortStatusAttr, intf, {}); }
   void topoPortStatusDel(Quill::IntfId intf) { valueDel(topoPortStatus_, topoPortStatusAttr, intf); }
-  void topoPortStatusDelAll() { valueDelAll(topoPortStatus_, topoPortStatusAttr); }
+  void topoPortStatusDelAll();
 
  private:
   Mox::SetCollection<Quill::IntfId> topoPortStatus_;
@@ -40,9 +40,9 @@ class MOX_PUBLIC Status : public Mox::NamedEntity {
   [[nodiscard]] const auto& topoStatus() const noexcept { return topoStatus_; }
   [[nodiscard]] const TopoStatus* topoStatus(const Mox::String& name) const noexcept { return topoStatus_.find(name); }
   [[nodiscard]] TopoStatus* topoStatus(const Mox::String& name) noexcept { return topoStatus_.find(name); }
-  Mox::Ptr<TopoStatus> topoStatusIs(const Mox::String& name) { return memberIs(topoStatus_, topoStatusAttr, name); }
-  void topoStatusDel(const Mox::String& name) { memberDel(topoStatus_, topoStatusAttr, name); }
-  void topoStatusDelAll() { memberDelAll(topoStatus_, topoStatusAttr); }
+  Mox::Ptr<TopoStatus> topoStatusIs(const Mox::String& name);
+  void topoStatusDel(const Mox::String& name);
+  void topoStatusDelAll();
 
  private:
   Mox::EntityCollection<Mox::String, TopoStatus> topoStatus_;

@@ -85,9 +85,9 @@ class MOX_PUBLIC EthIntfStatusDir : public Mox::NamedEntity {
   [[nodiscard]] const auto& intfStatus() const noexcept { return intfStatus_; }
   [[nodiscard]] const EthIntfStatus* intfStatus(Quill::IntfId intf) const noexcept { return intfStatus_.find(intf); }
   [[nodiscard]] EthIntfStatus* intfStatus(Quill::IntfId intf) noexcept { return intfStatus_.find(intf); }
-  Mox::Ptr<EthIntfStatus> intfStatusIs(Quill::IntfId intf) { return memberIs(intfStatus_, intfStatusAttr, intf); }
-  void intfStatusDel(Quill::IntfId intf) { memberDel(intfStatus_, intfStatusAttr, intf); }
-  void intfStatusDelAll() { memberDelAll(intfStatus_, intfStatusAttr); }
+  Mox::Ptr<EthIntfStatus> intfStatusIs(Quill::IntfId intf);
+  void intfStatusDel(Quill::IntfId intf);
+  void intfStatusDelAll();
 
  private:
   Mox::EntityCollection<Quill::IntfId, EthIntfStatus> intfStatus_;

@@ -14,4 +14,9 @@ Mox::Ptr<DirtyVlanDir> DirtyVlanDir::DirtyVlanDirIs(const Mox::String& name) {
 
 Mox::Ptr<DirtyVlanDir> dirtyVlanDirFactory(const Mox::String& name) { return DirtyVlanDir::DirtyVlanDirIs(name); }
 
+void DirtyVlan::intfDelAll() { valueDelAll(intf_, intfAttr); }
+Mox::Ptr<DirtyVlan> DirtyVlanDir::dirtyVlanIs(Bridging::VlanId vid) { return memberIs(dirtyVlan_, dirtyVlanAttr, vid); }
+void DirtyVlanDir::dirtyVlanDel(Bridging::VlanId vid) { memberDel(dirtyVlan_, dirtyVlanAttr, vid); }
+void DirtyVlanDir::dirtyVlanDelAll() { memberDelAll(dirtyVlan_, dirtyVlanAttr); }
+
 }  // namespace Topology::Library

@@ -33,7 +33,7 @@ class MOX_PUBLIC DirtyVlan : public Mox::Entity {
   [[nodiscard]] const bool* intf(Quill::IntfId intf) const noexcept { return intf_.find(intf); }
   void intfIs(Quill::IntfId intf, bool v = true) { valueIs(intf_, intfAttr, intf, v); }
   void intfDel(Quill::IntfId intf) { valueDel(intf_, intfAttr, intf); }
-  void intfDelAll() { valueDelAll(intf_, intfAttr); }
+  void intfDelAll();
 
  private:
   Bridging::VlanId vlanId_;
@@ -54,9 +54,9 @@ class MOX_PUBLIC DirtyVlanDir : public Mox::NamedEntity {
   [[nodiscard]] const auto& dirtyVlan() const noexcept { return dirtyVlan_; }
   [[nodiscard]] const DirtyVlan* dirtyVlan(Bridging::VlanId vid) const noexcept { return dirtyVlan_.find(vid); }
   [[nodiscard]] DirtyVlan* dirtyVlan(Bridging::VlanId vid) noexcept { return dirtyVlan_.find(vid); }
-  Mox::Ptr<DirtyVlan> dirtyVlanIs(Bridging::VlanId vid) { return memberIs(dirtyVlan_, dirtyVlanAttr, vid); }
-  void dirtyVlanDel(Bridging::VlanId vid) { memberDel(dirtyVlan_, dirtyVlanAttr, vid); }
-  void dirtyVlanDelAll() { memberDelAll(dirtyVlan_, dirtyVlanAttr); }
+  Mox::Ptr<DirtyVlan> dirtyVlanIs(Bridging::VlanId vid);
+  void dirtyVlanDel(Bridging::VlanId vid);
+  void dirtyVlanDelAll();
 
  private:
   Mox::EntityCollection<Bridging::VlanId, DirtyVlan> dirtyVlan_;

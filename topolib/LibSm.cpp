@@ -229,4 +229,23 @@ void LibSm::MoxBrConfig::onChange(Mox::AttributeId id, const void* key) {
 
 void LibSm::MoxEthIntfStatusDir::onChange(Mox::AttributeId /*id*/, const void* /*key*/) {}
 
+Mox::Ptr<TopoToVlanMap> LibSm::topoToVlanMapIs(const Mox::String& name) {
+  return singleIs(topoToVlanMap_, topoToVlanMapAttr, name);
+}
+void LibSm::topoToVlanMapDel() { singleDel(topoToVlanMap_, topoToVlanMapAttr); }
+Mox::Ptr<VlanToVlanSet> LibSm::vlanToExpVlanSetMapIs(Bridging::VlanId vid) {
+  return memberIs(vlanToExpVlanSetMap_, vlanToExpVlanSetMapAttr, vid);
+}
+void LibSm::vlanToExpVlanSetMapDel(Bridging::VlanId vid) {
+  memberDel(vlanToExpVlanSetMap_, vlanToExpVlanSetMapAttr, vid);
+}
+void LibSm::vlanToExpVlanSetMapDelAll() { memberDelAll(vlanToExpVlanSetMap_, vlanToExpVlanSetMapAttr); }
+Mox::Ptr<VlanToVlanSet> LibSm::expVlanToVlanSetMapIs(Bridging::VlanId vid) {
+  return memberIs(expVlanToVlanSetMap_, expVlanToVlanSetMapAttr, vid);
+}
+void LibSm::expVlanToVlanSetMapDel(Bridging::VlanId vid) {
+  memberDel(expVlanToVlanSetMap_, expVlanToVlanSetMapAttr, vid);
+}
+void LibSm::expVlanToVlanSetMapDelAll() { memberDelAll(expVlanToVlanSetMap_, expVlanToVlanSetMapAttr); }
+
 }  // namespace Topology::Library

@@ -129,10 +129,8 @@ class MOX_PUBLIC LibSm : public Mox::StateMachine<LibSm> {
   void topoLibCodefDel();
 
   [[nodiscard]] const Mox::Ptr<TopoToVlanMap>& topoToVlanMap() const noexcept { return topoToVlanMap_; }
-  Mox::Ptr<TopoToVlanMap> topoToVlanMapIs(const Mox::String& name) {
-    return singleIs(topoToVlanMap_, topoToVlanMapAttr, name);
-  }
-  void topoToVlanMapDel() { singleDel(topoToVlanMap_, topoToVlanMapAttr); }
+  Mox::Ptr<TopoToVlanMap> topoToVlanMapIs(const Mox::String& name);
+  void topoToVlanMapDel();
 
   /// topoConfigSm[topology name]. Making one that exists on the same configuration and status takes the instance status
   /// over; on others it raises MutatorReinstantiatingException, and a null configuration MutatorArgNullPointerException.
@@ -166,11 +164,9 @@ class MOX_PUBLIC LibSm : public Mox::StateMachine<LibSm> {
   [[nodiscard]] bool vlanToExpVlanSetMapHas(Bridging::VlanId vid) const noexcept {
     return vlanToExpVlanSetMap_.has(vid);
   }
-  Mox::Ptr<VlanToVlanSet> vlanToExpVlanSetMapIs(Bridging::VlanId vid) {
-    return memberIs(vlanToExpVlanSetMap_, vlanToExpVlanSetMapAttr, vid);
-  }
-  void vlanToExpVlanSetMapDel(Bridging::VlanId vid) { memberDel(vlanToExpVlanSetMap_, vlanToExpVlanSetMapAttr, vid); }
-  void vlanToExpVlanSetMapDelAll() { memberDelAll(vlanToExpVlanSetMap_, vlanToExpVlanSetMapAttr); }
+  Mox::Ptr<VlanToVlanSet> vlanToExpVlanSetMapIs(Bridging::VlanId vid);
+  void vlanToExpVlanSetMapDel(Bridging::VlanId vid);
+  void vlanToExpVlanSetMapDelAll();
 
   /// expVlanToVlanSetMap[expanded vid]: the inverse.
   [[nodiscard]] const auto& expVlanToVlanSetMap() const noexcept { return expVlanToVlanSetMap_; }
@@ -180,11 +176,9 @@ class MOX_PUBLIC LibSm : public Mox::StateMachine<LibSm> {
   [[nodiscard]] bool expVlanToVlanSetMapHas(Bridging::VlanId vid) const noexcept {
     return expVlanToVlanSetMap_.has(vid);
   }
-  Mox::Ptr<VlanToVlanSet> expVlanToVlanSetMapIs(Bridging::VlanId vid) {
-    return memberIs(expVlanToVlanSetMap_, expVlanToVlanSetMapAttr, vid);
-  }
-  void expVlanToVlanSetMapDel(Bridging::VlanId vid) { memberDel(expVlanToVlanSetMap_, expVlanToVlanSetMapAttr, vid); }
-  void expVlanToVlanSetMapDelAll() { memberDelAll(expVlanToVlanSetMap_, expVlanToVlanSetMapAttr); }
+  Mox::Ptr<VlanToVlanSet> expVlanToVlanSetMapIs(Bridging::VlanId vid);
+  void expVlanToVlanSetMapDel(Bridging::VlanId vid);
+  void expVlanToVlanSetMapDelAll();
 
   /// vidToExpandedTopoMap[vid]: the topology in which a VLAN's expansion was last applied.
   [[nodiscard]] const auto& vidToExpandedTopoMap() const noexcept { return vidToExpandedTopoMap_; }

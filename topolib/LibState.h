@@ -55,7 +55,7 @@ class MOX_PUBLIC Port : public Mox::Entity {
     valueIs(vlanPortConfig_, vlanPortConfigAttr, vid, v);
   }
   void vlanPortConfigDel(Bridging::VlanId vid) { valueDel(vlanPortConfig_, vlanPortConfigAttr, vid); }
-  void vlanPortConfigDelAll() { valueDelAll(vlanPortConfig_, vlanPortConfigAttr); }
+  void vlanPortConfigDelAll();
 
   /// Whether the port takes part in the topology: configured there, present by its status, and its link up where that
   /// counts. State and flush counter are those of the configuration while it is active, and zero otherwise.
@@ -90,9 +90,9 @@ class MOX_PUBLIC Topo : public Mox::NamedEntity {
   [[nodiscard]] const auto& port() const noexcept { return port_; }
   [[nodiscard]] const Port* port(Quill::IntfId intf) const noexcept { return port_.find(intf); }
   [[nodiscard]] Port* port(Quill::IntfId intf) noexcept { return port_.find(intf); }
-  Mox::Ptr<Port> portIs(Quill::IntfId intf) { return memberIs(port_, portAttr, intf); }
-  void portDel(Quill::IntfId intf) { memberDel(port_, portAttr, intf); }
-  void portDelAll() { memberDelAll(port_, portAttr); }
+  Mox::Ptr<Port> portIs(Quill::IntfId intf);
+  void portDel(Quill::IntfId intf);
+  void portDelAll();
 
  private:
   Mox::EntityCollection<Quill::IntfId, Port> port_;
@@ -111,9 +111,9 @@ class MOX_PUBLIC LibState : public Mox::NamedEntity {
   [[nodiscard]] const auto& topo() const noexcept { return topo_; }
   [[nodiscard]] const Topo* topo(const Mox::String& name) const noexcept { return topo_.find(name); }
   [[nodiscard]] Topo* topo(const Mox::String& name) noexcept { return topo_.find(name); }
-  Mox::Ptr<Topo> topoIs(const Mox::String& name) { return memberIs(topo_, topoAttr, name); }
-  void topoDel(const Mox::String& name) { memberDel(topo_, topoAttr, name); }
-  void topoDelAll() { memberDelAll(topo_, topoAttr); }
+  Mox::Ptr<Topo> topoIs(const Mox::String& name);
+  void topoDel(const Mox::String& name);
+  void topoDelAll();
 
   /// Whether the first full synchronisation is over. Turns true once; the library never sets it back.
   [[nodiscard]] bool initDone() const noexcept { return initDone_; }

@@ -134,4 +134,9 @@ Mox::Ptr<TopoLibCodef> topoLibCodefFactory(LibSm* libSm, const Mox::Ptr<DirtyVla
   return TopoLibCodef::TopoLibCodefIs(libSm, dirtyVlanDir, clock);
 }
 
+Mox::Ptr<TopoLibCodefState> TopoLibCodef::codefStateIs(const Mox::String& name) {
+  return singleIs(codefState_, codefStateAttr, name);
+}
+void TopoLibCodef::codefStateDel() { singleDel(codefState_, codefStateAttr); }
+
 }  // namespace Topology::Library

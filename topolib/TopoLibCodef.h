@@ -105,10 +105,8 @@ class MOX_PUBLIC TopoLibCodef : public Mox::StateMachine<TopoLibCodef> {
 
   /// Named "codefState"; for other components to watch.
   [[nodiscard]] const Mox::Ptr<TopoLibCodefState>& codefState() const noexcept { return codefState_; }
-  Mox::Ptr<TopoLibCodefState> codefStateIs(const Mox::String& name) {
-    return singleIs(codefState_, codefStateAttr, name);
-  }
-  void codefStateDel() { singleDel(codefState_, codefStateAttr); }
+  Mox::Ptr<TopoLibCodefState> codefStateIs(const Mox::String& name);
+  void codefStateDel();
 
   void handleInitialized();
   /// Asks for a run. Repeated requests before the run are harmless.

@@ -68,4 +68,8 @@ void TopoToVlanMap::unregistered(Bridging::VlanId vid) {
 
 Mox::Ptr<TopoToVlanMap> topoToVlanMapFactory(const Mox::String& name) { return Mox::makePtr<TopoToVlanMap>(name); }
 
+Mox::Ptr<MappedVlan> TopoToVlanMap::mappedVlanIs(const Mox::String& name) {
+  return memberIs(mappedVlan_, mappedVlanAttr, name);
+}
+
 }  // namespace Topology::Library

@@ -48,7 +48,7 @@ class MOX_PUBLIC TopoToVlanMap : public Mox::NamedEntity {
   [[nodiscard]] const auto& mappedVlan() const noexcept { return mappedVlan_; }
   [[nodiscard]] const MappedVlan* mappedVlan(const Mox::String& name) const noexcept { return mappedVlan_.find(name); }
   [[nodiscard]] MappedVlan* mappedVlan(const Mox::String& name) noexcept { return mappedVlan_.find(name); }
-  Mox::Ptr<MappedVlan> mappedVlanIs(const Mox::String& name) { return memberIs(mappedVlan_, mappedVlanAttr, name); }
+  Mox::Ptr<MappedVlan> mappedVlanIs(const Mox::String& name);
   void mappedVlanDel(const Mox::String& name);
   void mappedVlanDelAll();
 

@@ -7,4 +7,6 @@ VlanToVlanSet::~VlanToVlanSet() = default;
 
 Mox::Ptr<VlanToVlanSet> vlanToVlanSetFactory(Bridging::VlanId vid) { return Mox::makePtr<VlanToVlanSet>(vid); }
 
+void VlanToVlanSet::someVlanDelAll() { valueDelAll(someVlan_, someVlanAttr); }
+
 }  // namespace Topology::Library

@@ -25,7 +25,7 @@ class MOX_PUBLIC VlanToVlanSet : public Mox::Entity {
   [[nodiscard]] bool someVlan(Bridging::VlanId vid) const noexcept { return someVlan_.has(vid); }
   void someVlanIs(Bridging::VlanId vid) { valueIs(someVlan_, someVlanAttr, vid, {}); }
   void someVlanDel(Bridging::VlanId vid) { valueDel(someVlan_, someVlanAttr, vid); }
-  void someVlanDelAll() { valueDelAll(someVlan_, someVlanAttr); }
+  void someVlanDelAll();
 
  private:
   Bridging::VlanId vlanId_;

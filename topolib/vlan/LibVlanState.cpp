@@ -30,6 +30,14 @@ TopoVlan::~TopoVlan() { topoPortDelAll(); }
 LibVlanState::LibVlanState(Mox::String name) noexcept : NamedEntity(std::move(name)) {}
 LibVlanState::~LibVlanState() { topoVlanDelAll(); }
 
+Mox::Ptr<Port> TopoVlan::topoPortIs(Quill::IntfId intf) { return memberIs(topoPort_, topoPortAttr, intf); }
+void TopoVlan::topoPortDel(Quill::IntfId intf) { memberDel(topoPort_, topoPortAttr, intf); }
+void TopoVlan::topoPortDelAll() { memberDelAll(topoPort_, topoPortAttr); }
+Mox::Ptr<TopoVlan> LibVlanState::topoVlanIs(Bridging::VlanId vid) { return memberIs(topoVlan_, topoVlanAttr, vid); }
+void LibVlanState::topoVlanDel(Bridging::VlanId vid) { memberDel(topoVlan_, topoVlanAttr, vid); }
+void LibVlanState::topoVlanDelAll() { memberDelAll(topoVlan_, topoVlanAttr); }
+void LibVlanState::forceEnabledPortsDelAll() { valueDelAll(forceEnabledPorts_, forceEnabledPortsAttr); }
+
 Mox::Ptr<LibVlanState> libVlanStateFactory(const Mox::String& name) { return Mox::makePtr<LibVlanState>(name); }
 
 }  // namespace Topology::Library::Vlan

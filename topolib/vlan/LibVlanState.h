@@ -87,9 +87,9 @@ class MOX_PUBLIC TopoVlan : public Mox::Entity {
   [[nodiscard]] const auto& topoPort() const noexcept { return topoPort_; }
   [[nodiscard]] const Port* topoPort(Quill::IntfId intf) const noexcept { return topoPort_.find(intf); }
   [[nodiscard]] Port* topoPort(Quill::IntfId intf) noexcept { return topoPort_.find(intf); }
-  Mox::Ptr<Port> topoPortIs(Quill::IntfId intf) { return memberIs(topoPort_, topoPortAttr, intf); }
-  void topoPortDel(Quill::IntfId intf) { memberDel(topoPort_, topoPortAttr, intf); }
-  void topoPortDelAll() { memberDelAll(topoPort_, topoPortAttr); }
+  Mox::Ptr<Port> topoPortIs(Quill::IntfId intf);
+  void topoPortDel(Quill::IntfId intf);
+  void topoPortDelAll();
 
  private:
   Bridging::VlanId vid_;
@@ -110,9 +110,9 @@ class MOX_PUBLIC LibVlanState : public Mox::NamedEntity {
   [[nodiscard]] const auto& topoVlan() const noexcept { return topoVlan_; }
   [[nodiscard]] const TopoVlan* topoVlan(Bridging::VlanId vid) const noexcept { return topoVlan_.find(vid); }
   [[nodiscard]] TopoVlan* topoVlan(Bridging::VlanId vid) noexcept { return topoVlan_.find(vid); }
-  Mox::Ptr<TopoVlan> topoVlanIs(Bridging::VlanId vid) { return memberIs(topoVlan_, topoVlanAttr, vid); }
-  void topoVlanDel(Bridging::VlanId vid) { memberDel(topoVlan_, topoVlanAttr, vid); }
-  void topoVlanDelAll() { memberDelAll(topoVlan_, topoVlanAttr); }
+  Mox::Ptr<TopoVlan> topoVlanIs(Bridging::VlanId vid);
+  void topoVlanDel(Bridging::VlanId vid);
+  void topoVlanDelAll();
 
   /// forceEnabledPorts[intf]: with true, the view takes the port for active in every topology and never for blocked. False
   /// is the same as no entry.
@@ -122,7 +122,7 @@ class MOX_PUBLIC LibVlanState : public Mox::NamedEntity {
   }
   void forceEnabledPortsIs(Quill::IntfId intf, bool v) { valueIs(forceEnabledPorts_, forceEnabledPortsAttr, intf, v); }
   void forceEnabledPortsDel(Quill::IntfId intf) { valueDel(forceEnabledPorts_, forceEnabledPortsAttr, intf); }
-  void forceEnabledPortsDelAll() { valueDelAll(forceEnabledPorts_, forceEnabledPortsAttr); }
+  void forceEnabledPortsDelAll();
 
   /// Whether the first complete pass over the published state is over. Turns true once; the view never sets it back.
   [[nodiscard]] bool initDone() const noexcept { return initDone_; }
