@@ -1,7 +1,6 @@
 # One GoogleTest program per folder of tests/ that mirrors a folder of the tree, and the tests of
 # what is installed.
 find_package(GTest REQUIRED)
-include(GoogleTest)
 
 # What the test programs share: main() and the helpers of tests/support.
 file(GLOB support_sources CONFIGURE_DEPENDS tests/support/*.cpp)
@@ -9,60 +8,75 @@ add_library(test_support STATIC ${support_sources})
 topolib_compile_options(test_support)
 target_link_libraries(test_support PUBLIC TopoLib::Mox GTest::gtest)
 
-# topolib_test_program(<program>): what the test programs have in common.
+# topolib_test_part(<target> <optimization> [<library>...]): what everything that holds tests has in common.
+function(topolib_test_part target optimization)
+  topolib_compile_options(${target})
+  target_compile_options(${target} PRIVATE ${optimization})
+  set_target_properties(${target} PROPERTIES UNITY_BUILD_BATCH_SIZE 12)
+  target_link_libraries(${target} PRIVATE test_support ${ARGN})
+endfunction()
+
+# topolib_test_program(<program> SOURCES <source>... [LINK <library>...]): the program of these sources. Tests are
+# compiled far more often than they run, and so without optimization, but for the suites that play by the thousand.
 function(topolib_test_program program)
-  topolib_compile_options(${program})
-  target_link_libraries(${program} PRIVATE test_support)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
+  set(long_suites ${arg_SOURCES})
+  list(FILTER long_suites INCLUDE REGEX "/[A-Za-z]*(Random|Model|Matrix|Slice|Memory|Cost)Test\\.cpp$")
+  list(REMOVE_ITEM arg_SOURCES ${long_suites})
+  add_executable(${program} ${arg_SOURCES})
+  topolib_test_part(${program} -O0 ${arg_LINK})
+  if(long_suites)
+    add_library(${program}_long OBJECT ${long_suites})
+    topolib_test_part(${program}_long -O1 ${arg_LINK})
+    target_link_libraries(${program} PRIVATE ${program}_long)
+  endif()
   if(TOPOLIB_SANITIZE)
     # What the sanitizers note about each access holds addresses: one that may be loaded anywhere relocates them at each start.
     target_link_options(${program} PRIVATE -no-pie)
   endif()
 endfunction()
 
-# topolib_add_tests(<program> <folder> [SUFFIX <suffix>] [ENVIRONMENT <variable=value>...]): a test of CTest for each test
-# of the program. With sanitizers, where a process takes a tenth of a second to start and to end, some processes share the
-# tests, and each leaves in the folder gtest the report of what it ran.
+# topolib_add_tests(<program> <folder> [PROCESSES <n>] [SUFFIX <suffix>] [ENVIRONMENT <variable=value>...]): the tests of
+# the program for CTest. So many processes (8) share them, since a process takes longer to start than most tests; each
+# leaves in the folder gtest the report of what it ran.
 function(topolib_add_tests program folder)
-  cmake_parse_arguments(PARSE_ARGV 2 arg "" "SUFFIX" "ENVIRONMENT")
-  if(NOT TOPOLIB_SANITIZE)
-    gtest_discover_tests(${program} TEST_PREFIX ${folder}. TEST_SUFFIX "${arg_SUFFIX}"
-      DISCOVERY_MODE PRE_TEST
-      PROPERTIES LABELS ${folder} TIMEOUT 300 ENVIRONMENT "${arg_ENVIRONMENT}")
-    return()
-  endif()
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "SUFFIX;PROCESSES" "ENVIRONMENT")
   set(processes 8)
+  if(arg_PROCESSES)
+    set(processes ${arg_PROCESSES})
+  endif()
   foreach(index RANGE 1 ${processes})
     set(name ${folder}.${index}of${processes}${arg_SUFFIX})
     string(REPLACE / _ report ${name})
     math(EXPR shard "${index} - 1")
-    add_test(NAME ${name} COMMAND ${program} --gtest_output=xml:${PROJECT_BINARY_DIR}/gtest/${report}.xml)
+    add_test(NAME ${name} COMMAND ${program}
+      --gtest_brief=1 --gtest_output=xml:${PROJECT_BINARY_DIR}/gtest/${report}.xml)
     set_tests_properties(${name} PROPERTIES LABELS ${folder} TIMEOUT 1200
       ENVIRONMENT "GTEST_TOTAL_SHARDS=${processes};GTEST_SHARD_INDEX=${shard};${arg_ENVIRONMENT}")
   endforeach()
 endfunction()
 
-# topolib_add_test_folder(<folder> <library>): the tests of a folder, linked with the library that they test.
-# Each program runs under two hash seeds: what depends on the order of a hash shows. With sanitizers the longest
+# topolib_add_test_folder(<folder> <library> [PROCESSES <n>]): the tests of a folder, linked with the library that they
+# test. Each program runs under two hash seeds: what depends on the order of a hash shows. With sanitizers the longest
 # suites run under one.
 function(topolib_add_test_folder folder library)
   file(GLOB sources CONFIGURE_DEPENDS tests/${folder}/*Test.cpp)
   string(REPLACE / _ program ${folder}_test)
-  add_executable(${program} ${sources})
-  topolib_test_program(${program})
-  target_link_libraries(${program} PRIVATE TopoLib::${library})
+  topolib_test_program(${program} SOURCES ${sources} LINK TopoLib::${library})
   if(TOPOLIB_COVERAGE)
     target_sources(${program} PRIVATE tests/coverage/DumpOnAbort.cpp)
   endif()
-  topolib_add_tests(${program} ${folder})
+  topolib_add_tests(${program} ${folder} ${ARGN})
   set(second_seed TOPOLIB_TEST_HASH_SEED=2654435769)
   if(TOPOLIB_SANITIZE)
     list(APPEND second_seed GTEST_FILTER=-*Model*:*Matrix*:*Slice*)
   endif()
-  topolib_add_tests(${program} ${folder} SUFFIX .seed2 ENVIRONMENT ${second_seed})
+  topolib_add_tests(${program} ${folder} ${ARGN} SUFFIX .seed2 ENVIRONMENT ${second_seed})
 endfunction()
 
-foreach(folder IN ITEMS mox mox/threads kestrel quill bridging interface)
-  topolib_add_test_folder(${folder} Mox)
+topolib_add_test_folder(mox Mox)
+foreach(folder IN ITEMS mox/threads kestrel quill bridging interface)
+  topolib_add_test_folder(${folder} Mox PROCESSES 1)
 endforeach()
 topolib_add_test_folder(topolib TopoLib)
 topolib_add_test_folder(topolib/vlan TopoLibVlan)
@@ -70,11 +84,7 @@ topolib_add_test_folder(topolib/vlan TopoLibVlan)
 # The tests of the program run it as a process. The scenarios of examples/ end with expectations.
 if(TOPOLIB_BUILD_PROGRAM)
   file(GLOB program_tests CONFIGURE_DEPENDS tests/topo/*Test.cpp)
-  add_executable(topo_test ${program_tests})
-  topolib_test_program(topo_test)
-  # With sanitizers GCC takes parts of std::regex for uninitialised.
-  target_compile_options(topo_test PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
-  target_link_libraries(topo_test PRIVATE topo_parts GTest::gmock nlohmann_json::nlohmann_json)
+  topolib_test_program(topo_test SOURCES ${program_tests} LINK topo_parts GTest::gmock nlohmann_json::nlohmann_json)
   add_dependencies(topo_test topo)
   topolib_add_tests(topo_test topo ENVIRONMENT TOPO_PROGRAM=$<TARGET_FILE:topo>)
 

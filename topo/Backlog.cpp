@@ -23,9 +23,10 @@ using Topology::Library::TopoLibCodef;
   return text.str();
 }
 
-class Printer {
+class BacklogPrinter {
  public:
-  Printer(const Agent& agent, const TopoLibCodef& codef, std::ostream& out) : agent_(agent), codef_(codef), out_(out) {}
+  BacklogPrinter(const Agent& agent, const TopoLibCodef& codef, std::ostream& out)
+      : agent_(agent), codef_(codef), out_(out) {}
 
   void state(bool isColoured) {
     const bool isIdle = codef_.codefState()->idle();
@@ -118,7 +119,7 @@ void printBacklog(const Agent& agent, const Loop& loop, std::optional<Bridging::
     out << "The library " << why << ".\n";
     return;
   }
-  Printer printer(agent, *codef, out);
+  BacklogPrinter printer(agent, *codef, out);
   if (vlan) {
     printer.pending(vlan);
     return;

@@ -73,9 +73,10 @@ void forEachRun(const Json& object, const F& act) {
   return intfText(std::vector<Quill::IntfId>(keys.begin(), keys.end()));
 }
 
-class Printer {
+class TablePrinter {
  public:
-  Printer(const Json& json, std::ostream& out, bool isColoured) : json_(json), out_(out), isColoured_(isColoured) {}
+  TablePrinter(const Json& json, std::ostream& out, bool isColoured)
+      : json_(json), out_(out), isColoured_(isColoured) {}
 
   void state() {
     initDone();
@@ -227,7 +228,7 @@ class Printer {
 }  // namespace
 
 void printDocument(Document document, const Json& json, std::ostream& out, bool isColoured) {
-  Printer printer(json, out, isColoured);
+  TablePrinter printer(json, out, isColoured);
   switch (document) {
     case Document::state:
       return printer.state();

@@ -56,7 +56,7 @@ using Port = LinuxBridge::Port;
 [[nodiscard]] std::string topologyName(Msti msti) { return "msti" + std::to_string(msti); }
 
 /// VLAN ids in ascending order, written as 1,10-20.
-class VlanList {
+class VlanText {
  public:
   void add(std::uint16_t vid) {
     if (!empty() && vid == last_ + 1) {
@@ -89,7 +89,7 @@ class VlanList {
 struct Instance {
   /// In natural order.
   std::vector<const Port*> ports;
-  VlanList vlans;
+  VlanText vlans;
 };
 
 /// Every instance of the bridge, with the ports that carry one of its VLANs, and the VLANs that a port carries.
@@ -118,7 +118,7 @@ void writeInterfaces(const LinuxBridge& bridge, std::ostream& out) {
 }
 
 void writeVlans(const LinuxBridge& bridge, std::ostream& out) {
-  VlanList all;
+  VlanText all;
   for (std::uint16_t vid = VlanId::min; vid <= VlanId::max; ++vid) {
     const auto carries = [vid](const Port& port) { return port.vlans[vid] != 0; };
     if (std::ranges::any_of(bridge.ports, carries)) all.add(vid);
@@ -128,7 +128,7 @@ void writeVlans(const LinuxBridge& bridge, std::ostream& out) {
 
 /// One line for all VLANs that the port carries in the same way; the line with the lowest VLAN first.
 void writeVlansOfPort(const Port& port, std::ostream& out) {
-  std::array<VlanList, 8> byFlags;
+  std::array<VlanText, 8> byFlags;
   std::vector<std::uint8_t> order;
   for (std::uint16_t vid = VlanId::min; vid <= VlanId::max; ++vid) {
     const auto flags = port.vlans[vid];

@@ -2,31 +2,31 @@
 // alone tell.
 //
 // Each sequence has a seed of its own; a failure prints it, and TOPOLIB_TEST_SEED replays it as the first one.
-// TOPOLIB_TEST_FUZZ multiplies the number of sequences.
+// tests/support/Effort.h says how many there are.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
 
+#include "tests/support/Effort.h"
 #include "tests/topolib/Switch.h"
 #include "tests/topolib/model/Chance.h"
 #include "tests/topolib/model/Shrink.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::ModelTest {
 
 using Test::action;
 using Test::Agent;
 using Test::Chance;
 using Test::Check;
 using Test::firstFailing;
-using Test::fuzzFactor;
 using Test::mapVlan;
 using Test::Play;
 using Test::randomSeed;
 using Test::Running;
 using Test::Sequence;
+using Test::sequences;
 using Test::shrunk;
 using Test::shrunkReport;
 using Test::Start;
@@ -60,7 +60,7 @@ class Model : public testing::TestWithParam<Case> {
 
 TEST_P(Model, tellsWhatIsPublished) {
   const std::uint64_t first = randomSeed();
-  const std::size_t count = sequencesPerCase * fuzzFactor();
+  const std::size_t count = sequences(sequencesPerCase);
   const std::size_t failing = firstFailing(count, [first](std::size_t n) { return sequence(first + n); });
   ASSERT_EQ(failing, count) << "TOPOLIB_TEST_SEED=" << first + failing << '\n'
                             << shrunkReport(sequence(first + failing));
@@ -185,5 +185,4 @@ TEST(ModelShrink, leavesOnlyWhatItFailsWith) {
   EXPECT_EQ(Sequence::line(shortest.items[1]), "abortIfMapped()");
 }
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::ModelTest

@@ -16,18 +16,19 @@
 
 #include <unistd.h>
 
+#include "tests/support/Effort.h"
 #include "tests/topolib/StateLog.h"
 #include "tests/topolib/model/Actions.h"
 #include "tests/topolib/model/Check.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::ReentrancyMatrixTest {
 
 using Test::Action;
 using Test::Agent;
 using Test::Check;
 using Test::Start;
 using Test::StateLog;
+using Test::strideOver;
 
 using Lines = std::vector<std::string>;
 
@@ -191,7 +192,10 @@ class ReentrancyMatrix : public testing::TestWithParam<Mode> {
   }
 };
 
-TEST_P(ReentrancyMatrix, anyChangeAtAnyNotification) { playAll(changes(), 1); }
+TEST_P(ReentrancyMatrix, anyChangeAtAnyNotification) {
+  const std::vector<Action> all = changes();
+  playAll(all, strideOver(all.size()));
+}
 
 /// The second change finds what the first one has left half done. A part of all pairs, another one at each notification;
 /// all of them where TOPOLIB_TEST_FUZZ is set.
@@ -200,7 +204,7 @@ TEST_P(ReentrancyMatrix, anyTwoChangesAtAnyNotification) {
   for (const Action& first : changes()) {
     for (const Action& second : changes()) pairs.push_back(both(first, second));
   }
-  playAll(pairs, std::getenv("TOPOLIB_TEST_FUZZ") == nullptr ? 29 : 1);
+  playAll(pairs, strideOver(pairs.size(), std::getenv("TOPOLIB_TEST_FUZZ") == nullptr ? 29 : 1));
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes, ReentrancyMatrix,
@@ -208,5 +212,4 @@ INSTANTIATE_TEST_SUITE_P(Modes, ReentrancyMatrix,
                                          Mode{"immediate", false, false}),
                          [](const auto& mode) { return std::string(mode.param.name); });
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::ReentrancyMatrixTest

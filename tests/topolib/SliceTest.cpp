@@ -4,16 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <numeric>
 #include <optional>
 
+#include "tests/support/Effort.h"
 #include "tests/topolib/model/Chance.h"
 #include "tests/topolib/model/EntryJournal.h"
 #include "tests/topolib/model/Scenes.h"
 #include "tests/topolib/model/Shrink.h"
 
-namespace Topology::Library {
-namespace {
+namespace Topology::Library::SliceTest {
 
 using Test::Action;
 using Test::Actions;
@@ -38,7 +37,9 @@ using Test::Scene;
 using Test::scenes;
 using Test::seedTrace;
 using Test::Sequence;
+using Test::sequences;
 using Test::shrunkReport;
+using Test::strideOver;
 using Status = Test::Start::Status;
 
 void append(Sequence& sequence, const Actions& actions) {
@@ -80,8 +81,10 @@ class Slice : public testing::TestWithParam<Scene> {
 TEST_P(Slice, canEndAfterAnyItemAndFindOtherInputs) {
   const std::vector<Actions> changes = disturbances();
   for (const Arrangement& arrangement : arrangements()) {
-    const std::size_t count = (slices(arrangement) + 1) * changes.size();
-    const auto sequence = [&](std::size_t n) {
+    const std::size_t stride = strideOver(changes.size());
+    const std::size_t count = (slices(arrangement) + 1) * changes.size() / stride;
+    const auto sequence = [&](std::size_t nth) {
+      const std::size_t n = nth * stride;
       Sequence result = reconfiguration(arrangement);
       append(result, Actions(n / changes.size(), dispatchOnce()));
       append(result, changes[n % changes.size()]);
@@ -97,8 +100,7 @@ TEST_P(Slice, canEndTwiceAndFindOtherInputsEachTime) {
   const Arrangement arrangement = arrangements().front();
   const std::size_t pairs = changes.size() * changes.size();
   // One in seven or so, which meet all places and changes alike; all of them when there is time.
-  std::size_t stride = fuzzFactor() > 1 ? 1 : 7;
-  while (std::gcd(stride, changes.size()) != 1) ++stride;
+  const std::size_t stride = strideOver(changes.size(), fuzzFactor() > 1 ? 1 : 7);
   const std::size_t count = std::min(slices(arrangement), std::size_t{12}) * pairs / stride;
   const auto sequence = [&](std::size_t nth) {
     const std::size_t n = nth * stride;
@@ -126,7 +128,7 @@ TEST_P(Slice, canEndAfterEachItemAndFindOtherInputsEachTime) {
       }
       return result;
     };
-    const std::size_t count = 300 * fuzzFactor();
+    const std::size_t count = sequences(300);
     const std::size_t failing = firstFailing(count, sequence);
     ASSERT_EQ(failing, count) << seedTrace() << '\n' << shrunkReport(sequence(failing));
   }
@@ -257,5 +259,4 @@ INSTANTIATE_TEST_SUITE_P(Of, Visit,
                                          Arrangement{.start = {}, .tick = 0.006}),
                          testing::PrintToStringParamName());
 
-}  // namespace
-}  // namespace Topology::Library
+}  // namespace Topology::Library::SliceTest

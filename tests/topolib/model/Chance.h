@@ -3,7 +3,6 @@
 #pragma once
 
 #include <array>
-#include <cstdlib>
 #include <functional>
 #include <numeric>
 #include <utility>
@@ -12,12 +11,6 @@
 #include "tests/topolib/model/Sequence.h"
 
 namespace Test {
-
-/// How many times more is played than usual: TOPOLIB_TEST_FUZZ, or 1.
-[[nodiscard]] inline std::size_t fuzzFactor() {
-  const char* const factor = std::getenv("TOPOLIB_TEST_FUZZ");
-  return factor == nullptr ? 1 : std::stoul(factor);
-}
 
 class Chance {
  public:

@@ -2,7 +2,7 @@
 // after it, ended and started again.
 //
 // Each sequence has a seed of its own; a failure prints it, and TOPOLIB_TEST_SEED replays it as the first one.
-// TOPOLIB_TEST_FUZZ multiplies the number of sequences.
+// tests/support/Effort.h says how many there are.
 
 #include <gtest/gtest.h>
 
@@ -11,12 +11,12 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/Effort.h"
 #include "tests/topolib/model/Chance.h"
 #include "tests/topolib/model/Shrink.h"
 #include "tests/topolib/vlan/ViewModel.h"
 
-namespace Topology::Library::Vlan {
-namespace {
+namespace Topology::Library::Vlan::ViewModelTest {
 
 using Test::Chance;
 using Test::outcomeInChild;
@@ -139,7 +139,7 @@ class ViewModel : public testing::TestWithParam<Case> {
 TEST_P(ViewModel, tellsWhatIsShown) {
   const Case& c = GetParam();
   const std::uint64_t first = randomSeed();
-  const std::size_t count = sequencesPerCase * ::Test::fuzzFactor();
+  const std::size_t count = ::Test::sequences(sequencesPerCase);
   const std::string outcome = outcomeInChild([&] {
     std::string played;
     for (std::size_t n = 0; n < count; ++n) {
@@ -191,5 +191,4 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"deferredWithReaders", {.status = Status::instance}, true, true}),
     testing::PrintToStringParamName());
 
-}  // namespace
-}  // namespace Topology::Library::Vlan
+}  // namespace Topology::Library::Vlan::ViewModelTest
