@@ -108,6 +108,7 @@ if(EXISTS ${PROJECT_SOURCE_DIR}/README.md)
     -D SOURCE_DIR=${PROJECT_SOURCE_DIR} -P ${PROJECT_SOURCE_DIR}/tests/cmake/readme.cmake)
 endif()
 
+include(cmake/GdbTests.cmake)
 if(TOPOLIB_TEST_PACKAGE)
   include(cmake/PackageTests.cmake)
 endif()
