@@ -8,6 +8,10 @@ file(GLOB program_sources CONFIGURE_DEPENDS topo/*.cpp)
 list(REMOVE_ITEM program_sources ${PROJECT_SOURCE_DIR}/topo/main.cpp)
 add_library(topo_parts STATIC ${program_sources})
 topolib_compile_options(topo_parts)
+if(TOPOLIB_SANITIZE)
+  # Most of it is JSON templates, which take minutes to instrument and to optimise as well.
+  target_compile_options(topo_parts PRIVATE -O0)
+endif()
 target_link_libraries(topo_parts PUBLIC TopoLib::TopoLibVlan PRIVATE nlohmann_json::nlohmann_json PkgConfig::LIBEDIT)
 
 add_executable(topo topo/main.cpp)
