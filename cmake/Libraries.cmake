@@ -7,7 +7,8 @@ topolib_write_export_map(${TOPOLIB_EXPORT_MAP}
   Mox Kestrel Quill Bridging Interface Topology::Library)
 
 # topolib_add_library(<name> FOLDERS <folder>... [LINK <library>...]): the shared library lib<name>
-# of all sources of these folders and their detail folders, alias TopoLib::<name>.
+# of all sources of these folders and their detail folders, alias TopoLib::<name>. The library itself
+# is the install component <name>; its headers, and the link that the linker follows, are Development.
 function(topolib_add_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "FOLDERS;LINK")
   set(patterns "")
@@ -44,11 +45,11 @@ function(topolib_add_library name)
   endif()
 
   install(TARGETS ${name} EXPORT TopoLib
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_COMPONENT Development)
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${name} NAMELINK_COMPONENT Development)
   foreach(folder IN LISTS arg_FOLDERS)
-    install(DIRECTORY ${PROJECT_SOURCE_DIR}/${folder}
-      DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/TopoLib
-      COMPONENT Development
-      FILES_MATCHING PATTERN "*.h")
+    foreach(part IN ITEMS ${folder} ${folder}/detail)
+      file(GLOB headers CONFIGURE_DEPENDS ${part}/*.h)
+      install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/TopoLib/${part} COMPONENT Development)
+    endforeach()
   endforeach()
 endfunction()
