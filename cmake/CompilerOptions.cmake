@@ -31,6 +31,7 @@ function(topolib_compile_options target)
     # No path of the machine that builds gets into a binary; messages name files from the root, also where a compiler
     # cache has made the paths relative. The coverage data, though, is found by its full path.
     file(RELATIVE_PATH root ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+    string(REGEX REPLACE "/$" "" root ${root})
     target_compile_options(${target} PRIVATE
       -ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -ffile-prefix-map=${root}/=)
   endif()

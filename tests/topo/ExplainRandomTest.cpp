@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "mox/Exception.h"
+#include "tests/support/Effort.h"
 #include "tests/topo/RandomLines.h"
 #include "tests/topo/Run.h"
 #include "topo/Explain.h"
@@ -161,7 +162,8 @@ TEST(ExplainRandom, theVerdictIsWhatIsPublished) {
   SCOPED_TRACE(seedTrace());
   Random seeds;
   Verdicts verdicts;
-  for (int sequence = 0; sequence < 400; ++sequence) {
+  const std::size_t count = Test::sequences(400);
+  for (std::size_t sequence = 0; sequence < count; ++sequence) {
     RandomSession session(seeds.bits());
     if (session.random().percent(90)) configure(session);
     session.lines(session.random().below(8));
@@ -177,8 +179,8 @@ TEST(ExplainRandom, theVerdictIsWhatIsPublished) {
     }
   }
   // Neither answer goes without saying.
-  EXPECT_GT(verdicts.forwarding, 10'000U);
-  EXPECT_GT(verdicts.hindered, 10'000U);
+  EXPECT_GT(verdicts.forwarding, 25 * count);
+  EXPECT_GT(verdicts.hindered, 25 * count);
 }
 
 }  // namespace Topo::ExplainRandomTest

@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 
+#include "tests/support/Effort.h"
 #include "tests/support/Random.h"
 #include "tests/topo/Run.h"
 
@@ -230,7 +231,7 @@ void follow(const Outcome& outcome) {
 TEST(FeedRandom, appliedToADumpItGivesTheNextDump) {
   SCOPED_TRACE(seedTrace());
   Random random;
-  for (int round = 0; round < 200; ++round) {
+  for (std::size_t rounds = Test::sequences(200); rounds > 0; --rounds) {
     Walk walk(random);
     const auto forEachDocument = [&](const std::string& before, const std::string& behind) {
       for (const std::string& name : documents) walk.add(before + name + behind);
