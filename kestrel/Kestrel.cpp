@@ -7,7 +7,9 @@
 #include <cstdio>
 #include <memory>
 #include <new>
+#include <string>
 
+#include "mox/Exception.h"
 #include "mox/System.h"
 
 namespace Kestrel {
@@ -16,6 +18,7 @@ namespace {
 
 /// More than the longest message takes: 16 texts of 255 bytes.
 constexpr std::size_t minBytes = 8192;
+constexpr std::size_t maxBytes = std::size_t{1} << 30;
 
 /// All call sites that have sent a message, by number. Never destroyed: static objects may log to the last.
 std::vector<const MsgDesc*>& sites() {
@@ -48,6 +51,7 @@ void MsgDesc::registerOnce() noexcept {
 }
 
 void traceFileIs(std::size_t bytes) {
+  if (bytes > maxBytes) Mox::throwRangeException("a log of " + std::to_string(bytes) + " bytes is too large");
   owner() = std::make_unique<TraceFile>(bytes);
   detail::traceFilePointer = owner().get();
 }

@@ -242,7 +242,8 @@ MOX_PUBLIC extern TraceFile* traceFilePointer;
 /// The log, or null when there is none.
 [[nodiscard]] inline TraceFile* traceFile() noexcept { return detail::traceFilePointer; }
 
-/// Makes a new, empty log of at least 8192 bytes, rounded up to a power of two. An old one is released.
+/// Makes a new, empty log of at least 8192 bytes, rounded up to a power of two. An old one is released. More than a
+/// gibibyte raises RangeException, and the old one stays.
 MOX_PUBLIC void traceFileIs(std::size_t bytes);
 /// Releases the log; messages are skipped from now on.
 MOX_PUBLIC void traceFileDel() noexcept;

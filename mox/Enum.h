@@ -21,6 +21,7 @@
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <cstdint>
 #include <ostream>
 #include <string>
@@ -73,9 +74,11 @@ class EnumType {
     throwNotAllowed(name);
   }
 
-  [[nodiscard]] static E numberToValue(std::uint32_t number) {
+  /// The value with this number, of whatever type the number is.
+  template <std::integral Number>
+  [[nodiscard]] static E numberToValue(Number number) {
     for (const auto& v : moxEnumValues(E{})) {
-      if (number == static_cast<std::uint32_t>(v.value)) return v.value;
+      if (std::cmp_equal(number, static_cast<std::uint32_t>(v.value))) return v.value;
     }
     throwNotAllowed(std::to_string(number));
   }
@@ -93,7 +96,8 @@ class EnumType {
 template <RegisteredEnum E>
 class EnumInstance {
  public:
-  explicit EnumInstance(std::uint32_t number) : value_(EnumType<E>::numberToValue(number)) {}
+  template <std::integral Number>
+  explicit EnumInstance(Number number) : value_(EnumType<E>::numberToValue(number)) {}
   explicit EnumInstance(std::string_view name) : value_(EnumType<E>::sequenceToValue(name)) {}
 
   [[nodiscard]] E value() const noexcept { return value_; }

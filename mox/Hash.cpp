@@ -1,5 +1,7 @@
 #include "mox/Hash.h"
 
+#include "mox/Exception.h"
+
 namespace Mox {
 
 namespace {
@@ -8,10 +10,13 @@ std::uint32_t processSeed32 = seedAtStart;
 }  // namespace
 
 constinit HashSeed detail::processSeed{seedAtStart};
+constinit std::size_t detail::processSeedTables = 0;
 
 std::uint32_t hashSeed32() noexcept { return processSeed32; }
 
-void hashSeed32Is(std::uint32_t seed) noexcept {
+void hashSeed32Is(std::uint32_t seed) {
+  if (seed == processSeed32) return;
+  if (detail::processSeedTables != 0) throwRangeException("hashSeed32 is set while collections have members");
   processSeed32 = seed;
   detail::processSeed = HashSeed(seed);
 }

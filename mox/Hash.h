@@ -17,6 +17,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "mox/Public.h"
@@ -69,20 +70,27 @@ struct HashSeed {
 
 namespace detail {
 MOX_PUBLIC extern HashSeed processSeed;
-}
+/// How many tables hold hashes that were made with it.
+MOX_PUBLIC extern std::size_t processSeedTables;
+}  // namespace detail
 
-/// The process-wide seed, and its setting: before the first collection has a member, since tables keep the hashes that
-/// they were filled with.
+/// The process-wide seed, and its setting: only while no collection that is hashed with it has a member, since tables
+/// keep the hashes that they were filled with; else another one raises RangeException.
 [[nodiscard]] MOX_PUBLIC std::uint32_t hashSeed32() noexcept;
-MOX_PUBLIC void hashSeed32Is(std::uint32_t seed) noexcept;
+MOX_PUBLIC void hashSeed32Is(std::uint32_t seed);
 
+/// Seeds of collection types. Each is told of the tables that are made with it and given back.
 struct ProcessSeed {
   [[nodiscard]] static const HashSeed& value() noexcept { return detail::processSeed; }
+  static void tableMade() noexcept { ++detail::processSeedTables; }
+  static void tableGone() noexcept { --detail::processSeedTables; }
 };
 
 template <std::uint32_t seed>
 struct FixedSeed {
   [[nodiscard]] static constexpr HashSeed value() noexcept { return HashSeed(seed); }
+  static constexpr void tableMade() noexcept {}
+  static constexpr void tableGone() noexcept {}
 };
 
 template <class Key>

@@ -29,6 +29,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <memory>
 #include <new>
 #include <optional>
 #include <type_traits>
@@ -129,6 +130,7 @@ class HashMap {
       if (!slots[i].isFree()) slots[i].destroy();
     }
     ::operator delete(slots);
+    Seed::tableGone();
   }
 
   /// A pass over all members. End it by comparing with `end()` or by testing the iterator itself.
@@ -240,7 +242,8 @@ class HashMap {
     auto* const newSlots = static_cast<Slot*>(::operator new(bytes(newEnd)));
     auto* const newBitmap = reinterpret_cast<std::uint64_t*>(newSlots + newEnd + 1);
     std::fill_n(newBitmap, words(newEnd), 0);
-    for (std::size_t i = 0; i <= newEnd; ++i) newSlots[i].setFree();
+    std::uninitialized_default_construct_n(newSlots, newEnd + 1);
+    if (slots_ == nullptr) Seed::tableMade();
     std::size_t next = 0;
     for (std::size_t word = 0; word * 64 < end_; ++word) {
       for (std::uint64_t rest = bitmap()[word]; rest != 0; rest &= rest - 1) {

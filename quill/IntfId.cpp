@@ -1,8 +1,10 @@
 #include "quill/IntfId.h"
 
+#include <string>
 #include <unordered_map>
 #include <vector>
 
+#include "mox/Exception.h"
 #include "quill/detail/IntfName.h"
 
 namespace Quill {
@@ -48,6 +50,16 @@ IntfId IntfId::parse(std::string_view name) {
   const std::uint32_t kindBits = static_cast<std::uint32_t>(kind) << kindShift;
   if (!encoding) return {kindBits, intern(name)};
   return {kindBits | std::uint32_t{encoding->form} << formShift | encoding->subIntf, encoding->numbers};
+}
+
+IntfId IntfId::fromBits(std::uint64_t bits) {
+  const IntfId intf = Mox::KeyTraits<IntfId>::fromBits(bits);
+  const bool isInterned = formOf(intf) == 0;
+  const bool isName = isInterned ? intf.word1_ < interned().names.size() : detail::hasForm(formOf(intf));
+  if (!intf.empty() && (!isName || parse(intf.stringValue().view()) != intf)) {
+    Mox::throwRangeException("no interface id has the bits " + std::to_string(bits));
+  }
+  return intf;
 }
 
 Mox::String IntfId::stringValue() const {

@@ -56,10 +56,8 @@ class MOX_PUBLIC IntfId {
   [[nodiscard]] constexpr std::uint32_t word0() const noexcept { return word0_; }
   [[nodiscard]] constexpr std::uint32_t word1() const noexcept { return word1_; }
   [[nodiscard]] constexpr std::uint64_t bits() const noexcept { return std::uint64_t{word0_} << 32 | word1_; }
-  /// The id with these bits, which must be another id's.
-  [[nodiscard]] static constexpr IntfId fromBits(std::uint64_t bits) noexcept {
-    return {static_cast<std::uint32_t>(bits >> 32), static_cast<std::uint32_t>(bits)};
-  }
+  /// The id with these bits; those that no name has given raise RangeException.
+  [[nodiscard]] static IntfId fromBits(std::uint64_t bits);
 
   [[nodiscard]] constexpr bool empty() const noexcept { return bits() == 0; }
   [[nodiscard]] constexpr IntfKind kind() const noexcept { return static_cast<IntfKind>(word0_ >> kindShift); }
@@ -73,6 +71,7 @@ class MOX_PUBLIC IntfId {
   friend MOX_PUBLIC std::ostream& operator<<(std::ostream& out, IntfId intf);
 
  private:
+  friend Mox::KeyTraits<IntfId>;
   static constexpr unsigned kindShift = 28;
 
   constexpr IntfId(std::uint32_t word0, std::uint32_t word1) noexcept : word1_(word1), word0_(word0) {}
@@ -113,7 +112,10 @@ template <>
 struct Mox::KeyTraits<Quill::IntfId> {
   static constexpr bool isBijective = true;
   [[nodiscard]] static std::uint64_t toBits(Quill::IntfId intf) noexcept { return intf.bits(); }
-  [[nodiscard]] static Quill::IntfId fromBits(std::uint64_t bits) noexcept { return Quill::IntfId::fromBits(bits); }
+  /// Of bits that were an id's.
+  [[nodiscard]] static Quill::IntfId fromBits(std::uint64_t bits) noexcept {
+    return {static_cast<std::uint32_t>(bits >> 32), static_cast<std::uint32_t>(bits)};
+  }
 };
 
 template <>

@@ -1,5 +1,6 @@
 #include "topolib/TopoLibCodef.h"
 
+#include <cmath>
 #include <limits>
 
 #include "topolib/LibSm.h"
@@ -34,6 +35,11 @@ TopoLibCodef::~TopoLibCodef() { moxDoZombieReactors(true); }
 bool TopoLibCodef::isBuiltFrom(const LibSm* libSm, const Mox::Ptr<DirtyVlanDir>& dirtyVlanDir,
                                const Mox::Ptr<const Mox::Clock>& clock) const noexcept {
   return libSm == libSm_ && dirtyVlanDir == directory_ && clock.get() == this->clock();
+}
+
+void TopoLibCodef::backlogQuantumIs(double seconds) {
+  if (std::isnan(seconds)) Mox::throwRangeException("backlogQuantum nan not allowed");
+  backlogQuantum_ = seconds;
 }
 
 void TopoLibCodef::handleInitialized() {

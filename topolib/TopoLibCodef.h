@@ -57,7 +57,8 @@ class MOX_PUBLIC TopoLibCodef : public Mox::StateMachine<TopoLibCodef> {
 
   /// The length of a slice, in seconds.
   [[nodiscard]] double backlogQuantum() const noexcept { return backlogQuantum_; }
-  void backlogQuantumIs(double seconds) noexcept { backlogQuantum_ = seconds; }
+  /// NaN, which is no length of time, raises RangeException.
+  void backlogQuantumIs(double seconds);
   /// With deferral: whether a run stops after one item whenever more remain.
   [[nodiscard]] bool yieldAfterOne() const noexcept { return yieldAfterOne_; }
   void yieldAfterOneIs(bool v) noexcept { yieldAfterOne_ = v; }

@@ -15,6 +15,8 @@
 
 namespace Mox::detail {
 
+// Without padding at its end, where the values of a page begin.
+#pragma pack(push, 2)
 /// Up to 64 values at packed places: the place of id i is the number of members below it.
 template <class V>
 class IdPage {
@@ -71,17 +73,17 @@ class IdPage {
 
  private:
   [[nodiscard]] static constexpr std::size_t header() noexcept {
-    // The values start right behind the capacity, in what would be padding.
-    constexpr std::size_t used = sizeof(Bits) + sizeof(std::uint16_t);
-    return (used + alignof(V) - 1) / alignof(V) * alignof(V);
+    static_assert(sizeof(IdPage) == sizeof(Bits) + sizeof(std::uint16_t));
+    return (sizeof(IdPage) + alignof(V) - 1) / alignof(V) * alignof(V);
   }
   [[nodiscard]] static constexpr std::size_t bytes(std::size_t capacity) noexcept {
-    return std::max(sizeof(IdPage), header() + capacity * sizeof(V));
+    return header() + capacity * sizeof(V);
   }
 
   Bits members_ = 0;
   std::uint16_t capacity_ = 0;
 };
+#pragma pack(pop)
 
 /// A directory of 64 pages, for ids below 4096.
 template <class V>

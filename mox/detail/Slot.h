@@ -49,6 +49,9 @@ class Slot {
   static_assert(alignof(Content) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
 
  public:
+  /// A free slot.
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the storage is raw.
+  Slot() noexcept : hash_(freeHash) {}
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the storage is raw.
   Slot(std::uint64_t hash, const K& key, V value) noexcept : hash_(hash) {
     new (storage_.data()) Content(key, std::move(value));

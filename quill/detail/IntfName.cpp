@@ -115,6 +115,8 @@ ParsedName parseName(std::string_view name) {
   return parsed;
 }
 
+bool hasForm(std::uint32_t form) noexcept { return form != 0 && form < forms.size(); }
+
 std::string nameOf(const Encoding& encoding) {
   const Form& form = forms[encoding.form];
   std::string name(form.prefix);

@@ -26,6 +26,9 @@ struct ParsedName {
 /// Reads a name that is not empty.
 [[nodiscard]] ParsedName parseName(std::string_view name);
 
+/// Whether there is a form with this number.
+[[nodiscard]] bool hasForm(std::uint32_t form) noexcept;
+
 /// The name that an encoding stands for.
 [[nodiscard]] std::string nameOf(const Encoding& encoding);
 

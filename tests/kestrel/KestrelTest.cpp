@@ -6,10 +6,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "mox/Exception.h"
 #include "mox/String.h"
 #include "mox/System.h"
 #include "quill/IntfId.h"
@@ -261,6 +263,14 @@ TEST_F(Log, sizeIsAtLeast8192BytesAndAPowerOfTwo) {
   EXPECT_GT(next, least + least / 2);
   EXPECT_EQ(capacity(16384), next);
   EXPECT_GT(capacity(16385), next + next / 2);
+}
+
+TEST_F(Log, ofMoreThanAGibibyteIsRefusedAndTheOldOneStays) {
+  const TraceFile* const before = traceFile();
+  for (const std::size_t bytes : {(std::size_t{1} << 30) + 1, std::numeric_limits<std::size_t>::max()}) {
+    EXPECT_THROW(traceFileIs(bytes), Mox::RangeException);
+  }
+  EXPECT_EQ(traceFile(), before);
 }
 
 TEST_F(Log, keepsItsShareOfItsMemory) {

@@ -7,8 +7,11 @@
 #include <limits>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
+#include "mox/Exception.h"
+#include "mox/HashMap.h"
 #include "tests/support/Random.h"
 #include "tests/support/ScopedHashSeed.h"
 
@@ -125,6 +128,24 @@ TEST(Hash, processSeedIsTheOneThatWasSet) {
   }
   EXPECT_EQ(hashSeed32(), before);
   EXPECT_EQ(ProcessSeed::value().hash(5), HashSeed(before).hash(5));
+}
+
+TEST(Hash, processSeedStaysWhileACollectionThatUsesItHasMembers) {
+  const std::uint32_t before = hashSeed32();
+  HashMap<String, int> map;
+  HashMap<String, int, FixedSeed<7>> other;
+  map.insert("lamp", 1);
+  other.insert("lamp", 1);
+  EXPECT_THROW(hashSeed32Is(before + 1), RangeException);
+  hashSeed32Is(before);  // as it is
+  EXPECT_EQ(hashSeed32(), before);
+  EXPECT_NE(map.find("lamp"), nullptr);
+
+  HashMap<String, int> heir = std::move(map);
+  EXPECT_THROW(hashSeed32Is(before + 1), RangeException);
+  heir.erase("lamp");
+  const ScopedHashSeed seed(before + 1);
+  EXPECT_EQ(hashSeed32(), before + 1);
 }
 
 TEST(Hash, fixedSeedIsItsOwn) {

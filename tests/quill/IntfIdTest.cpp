@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "mox/Collection.h"
+#include "mox/Exception.h"
 
 namespace Quill::IntfIdTest {
 
@@ -105,6 +106,15 @@ TEST(IntfId, isBuiltAgainFromItsBits) {
     const IntfId intf(name);
     EXPECT_EQ(IntfId::fromBits(intf.bits()), intf);
     EXPECT_EQ(IntfId::fromBits(intf.bits()).stringValue(), name);
+  }
+}
+
+TEST(IntfId, bitsThatNoNameHasGivenAreRefused) {
+  const std::uint64_t interned = IntfId("a name of no known form").bits();
+  for (const std::uint64_t bits :
+       {interned + 1'000'000, interned | std::uint64_t{1} << 33, ~std::uint64_t{0}, std::uint64_t{0x1F} << 55,
+        IntfId("Cpu").bits() + 1, IntfId("Ethernet1").bits() ^ std::uint64_t{3} << 60}) {
+    EXPECT_THROW(static_cast<void>(IntfId::fromBits(bits)), Mox::RangeException) << std::hex << bits;
   }
 }
 

@@ -84,7 +84,8 @@ TYPED_TEST_P(Enumeration, ofUnknownNameRaisesRangeException) {
 }
 
 TYPED_TEST_P(Enumeration, ofUnknownNumberRaisesRangeException) {
-  for (const std::uint32_t number : {this->count(), this->count() + 1, this->max}) {
+  for (const std::int64_t number : {std::int64_t{this->count()}, std::int64_t{this->count()} + 1,
+                                    std::int64_t{this->max}, std::int64_t{1} << 32, std::int64_t{-1}}) {
     EXPECT_EQ(rangeErrorOf([&] { return typename TestFixture::Instance(number); }),
               this->notAllowed(std::to_string(number)));
   }

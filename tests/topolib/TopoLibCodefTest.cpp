@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "mox/Exception.h"
 #include "tests/support/Recorder.h"
 #include "tests/support/TraceLines.h"
 #include "tests/topolib/Codef.h"
@@ -172,6 +173,12 @@ TEST_F(TopoLibCodefTest, startsPendingAndRunsAtTheFirstDispatch) {
   EXPECT_EQ(Mox::activityManager()->dispatch(), 1U);
   EXPECT_EQ(started.dispatchCount(), 1U);
   EXPECT_TRUE(started.codefState()->idle());
+}
+
+TEST_F(TopoLibCodefTest, quantumThatIsNoNumberIsRefused) {
+  codef().backlogQuantumIs(0.5);
+  EXPECT_THROW(codef().backlogQuantumIs(std::numeric_limits<double>::quiet_NaN()), Mox::RangeException);
+  EXPECT_EQ(codef().backlogQuantum(), 0.5);
 }
 
 TEST_F(TopoLibCodefTest, attributesStartAsDocumented) {
