@@ -18,6 +18,7 @@ namespace Topo::ExplainRandomTest {
 using Test::Json;
 using Test::Random;
 using Test::seedTrace;
+using Test::sequences;
 
 constexpr std::array vlans{10U, 20U, 21U, 22U, 30U, 50U, 60U, 70U};
 const std::vector<std::string> intfs{"Ethernet1", "Ethernet2",   "Ethernet3", "PortChannel1",
@@ -162,7 +163,7 @@ TEST(ExplainRandom, theVerdictIsWhatIsPublished) {
   SCOPED_TRACE(seedTrace());
   Random seeds;
   Verdicts verdicts;
-  const std::size_t count = Test::sequences(400);
+  const std::size_t count = sequences(400);
   for (std::size_t sequence = 0; sequence < count; ++sequence) {
     RandomSession session(seeds.bits());
     if (session.random().percent(90)) configure(session);

@@ -15,6 +15,7 @@ using Test::Outcome;
 using Test::Random;
 using Test::runScenario;
 using Test::seedTrace;
+using Test::sequences;
 using Document = nlohmann::json;  // objects are equal whatever the order of their members
 
 const std::array<std::string, 9> documents{"state",    "view",       "instance", "status", "config",
@@ -231,7 +232,8 @@ void follow(const Outcome& outcome) {
 TEST(FeedRandom, appliedToADumpItGivesTheNextDump) {
   SCOPED_TRACE(seedTrace());
   Random random;
-  for (std::size_t rounds = Test::sequences(200); rounds > 0; --rounds) {
+  const std::size_t rounds = sequences(200);
+  for (std::size_t round = 0; round < rounds; ++round) {
     Walk walk(random);
     const auto forEachDocument = [&](const std::string& before, const std::string& behind) {
       for (const std::string& name : documents) walk.add(before + name + behind);

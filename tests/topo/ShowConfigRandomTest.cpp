@@ -17,6 +17,7 @@ using Test::Random;
 using Test::RandomLines;
 using Test::runScenario;
 using Test::seedTrace;
+using Test::sequences;
 
 const std::vector<std::string> topologies{"A", "B", "\"my topo\"", "x/y~z", "\"1-2\"", R"("a\"b\\c")", "port", "\"#\""};
 const std::vector<std::string> intfs{
@@ -64,7 +65,7 @@ TEST(ShowConfigRandom, makesTheSameConfigurationAgain) {
   SCOPED_TRACE(seedTrace());
   Random random;
   std::size_t commands = 0;
-  const std::size_t count = Test::sequences(250);
+  const std::size_t count = sequences(250);
   for (std::size_t n = 0; n < count; ++n) {
     const std::string scenario = goodLines(random, 10 + random.below(100));
     const std::string printed = printedAfter(scenario);
