@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "mox/ActivityManager.h"
@@ -93,6 +94,8 @@ class Agent {
   Mox::Ptr<Topology::Library::LibState> state = Topology::Library::libStateFactory("state");
   Mox::Ptr<Topology::Library::Root> root = Topology::Library::rootFactory("root");
   Mox::Ptr<Topology::Library::LibSm> libSm;
+  /// False while a status publisher shares the instance status: it is no input then, the publisher alone writes it.
+  std::function<bool()> mayWriteStatusInst = [] { return true; };
 };
 
 }  // namespace Test

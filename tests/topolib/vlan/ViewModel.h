@@ -78,6 +78,7 @@ class ViewPlay {
         published_(isShared ? agent_.statusInst : Bridging::Topology::Inst::statusFactory("published")),
         stateWatch_(agent_.state, [this](const StateWatch::Change& change) { stateChanged(change); }),
         statusLog_(published_, agent_.config) {
+    agent_.mayWriteStatusInst = [this] { return mayWriteStatus(); };
     // Whoever reads an input is told of it beside the library, and must not change it on the way.
     statusLog_.actionIs([this](const std::string& line) {
       if (line.find(" config ") == std::string::npos) actInside();

@@ -19,9 +19,13 @@
 namespace Topology::Library::Vlan::ViewModelTest {
 
 using Test::Chance;
+using Test::makeStatus;
+using Test::makeTopo;
 using Test::outcomeInChild;
+using Test::portStatus;
 using Test::Random;
 using Test::randomSeed;
+using Test::remakeStatus;
 using Test::Sequence;
 using Test::Start;
 using Test::textOf;
@@ -158,6 +162,25 @@ TEST_P(ViewModel, tellsWhatIsShown) {
   // And some in this process, where leaks show.
   for (std::uint64_t seed = first; seed < first + 20; ++seed) {
     EXPECT_EQ(ViewPlay(c.start, c.isShared).run(stepsOf(c, seed)), "") << "TOPOLIB_TEST_SEED=" << seed;
+  }
+}
+
+/// A status is remade while nobody else writes it; then somebody who is told of a step starts the publisher, which writes
+/// it from then on. Here at each of the steps: the status goes, it comes, its ports come.
+TEST(ViewModelPlay, statusIsRemadeByOneWriter) {
+  const Step startPublisher{"inside: startPublisher()", [](ViewPlay& p) { p.startPublisher(); }, true};
+  const Step nothing{"inside: nothing", [](ViewPlay& /*p*/) {}, true};
+  for (std::size_t notification = 0; notification < 4; ++notification) {
+    Steps steps{stepOf(Sequence::Item{.step = Sequence::Step::start})};
+    for (const auto& action :
+         {makeTopo("A"), makeStatus("A"), portStatus("A", "Ethernet1"), portStatus("A", "PortChannel1")}) {
+      steps.push_back(stepOf(Sequence::Item{.action = action}));
+    }
+    steps.insert(steps.end(), notification, nothing);
+    steps.push_back(startPublisher);
+    steps.push_back(stepOf(Sequence::Item{.action = remakeStatus("A")}));
+    const Case shared{"shared", {.status = Status::instance, .deferProcessing = false}, true, true};
+    EXPECT_EQ(ViewPlay(shared.start, shared.isShared).run(steps), "") << "at notification " << notification;
   }
 }
 
