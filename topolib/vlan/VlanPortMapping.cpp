@@ -110,6 +110,10 @@ void VlanPortMapping::doTopoVlanPortIs(Bridging::VlanId vid) {
 }
 
 void VlanPortMapping::record(LibVlanState& view, Bridging::VlanId vid) {
+  const auto configured = [&] { return port_ ? port_->vlanPortConfig(vid) : nullptr; };
+  const bool wasConfigured = configured() != nullptr;
+  // A reader of the view may have had the VLAN moved to another topology, whose verdicts must stay then.
+  const auto hasLeft = [&] { return wasConfigured && configured() == nullptr; };
   Mox::Ptr<TopoVlan> topoVlan = view.topoVlan(vid);
   if (!topoVlan) {
     TOPOLIBVLAN_TRACE(2) << "New topo vlan " << vid;
@@ -120,11 +124,12 @@ void VlanPortMapping::record(LibVlanState& view, Bridging::VlanId vid) {
     viewPort = topoVlan->topoPortIs(intf_);
     TOPOLIBVLAN_TRACE(2) << "New topo intf " << intf_ << " on vlan " << vid;
   }
-  handleTopoPortState(vid);
+  if (!hasLeft()) handleTopoPortState(vid);
   if (isLeaving_) return removeIfEmpty(view, topoVlan, viewPort);
   recorded_.insertOrAssign(vid, {});
   viewPort->topoIs(topoName_, this);
-  const Bridging::VlanPortConfig* const config = port_ ? port_->vlanPortConfig(vid) : nullptr;
+  if (hasLeft()) return;
+  const Bridging::VlanPortConfig* const config = configured();
   viewPort->allowedTrafficDirectionIs(config == nullptr ? Bridging::AllowedTrafficDirection{}
                                                         : config->allowedTrafficDirection());
 }

@@ -151,6 +151,27 @@ TEST(ViewReaders, mayChangeThePortAtEveryMomentBesideAnother) {
   }
 }
 
+TEST(ViewReaders, mayMoveTheVlanToAnotherTopologyAtEveryMoment) {
+  for (const char* const moment :
+       {"+10", "10 +Ethernet1", "10/Ethernet1 blocked", "10/Ethernet1 +A", "10/Ethernet1 ingress"}) {
+    SCOPED_TRACE(moment);
+    View agent;
+    agent.portUp("A", "Ethernet1", {}, PortState::blocking);
+    agent.portUp("B", "Ethernet1", {}, PortState::forwarding);
+    agent.start();
+    ViewLog log(agent);
+    bool isMoved = false;
+    log.onceAt(moment, [&] {
+      agent.port("A").vlanPortConfigDel(10);
+      agent.port("B").vlanPortConfigIs(10, Bridging::VlanPortConfig(View::Direction::egress));
+      isMoved = true;
+    });
+    agent.port("A").vlanPortConfigIs(10, Bridging::VlanPortConfig(View::Direction::ingress));
+    EXPECT_TRUE(isMoved);
+    EXPECT_EQ(agent.contents(), (Contents{"10", "10/Ethernet1 in B", "10/Ethernet1 open egress"}));
+  }
+}
+
 TEST(ViewReaders, mayChangeAnythingWhileTheViewIsBuilt) {
   for (const Change& change : changes) {
     for (const std::string& moment : moments) {
