@@ -119,7 +119,8 @@ class ViewPlay {
   void leaveStatus(const std::string& topo, unsigned number, const std::string& intf) {
     if (isPublisherOn_ || isShared_) return;
     published_->topoStatusDel(topo);
-    if (isPublisherOn_) return;
+    // Somebody who was told of the deletion may have left another one.
+    if (isPublisherOn_ || published_->topoStatus(topo) != nullptr) return;
     const auto left = published_->topoStatusIs(topo, number);
     if (!isPublisherOn_) left->topoPortStatusIs(intf, 3);
   }
