@@ -96,6 +96,8 @@ class Agent {
   Mox::Ptr<Topology::Library::LibSm> libSm;
   /// False while a status publisher shares the instance status: it is no input then, the publisher alone writes it.
   std::function<bool()> mayWriteStatusInst = [] { return true; };
+  /// False for a topology that a status publisher has yet to be told of: it aborts over one without a configuration.
+  std::function<bool(const std::string&)> mayDeleteTopo = [](const std::string& /*topo*/) { return true; };
 };
 
 }  // namespace Test

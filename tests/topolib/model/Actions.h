@@ -115,7 +115,11 @@ template <class... Piece>
   return action([=](Agent& a) { (void)a.config->topoConfigIs(topo, 1); }, "config->topoConfigIs(\"", topo, "\", 1)");
 }
 [[nodiscard]] inline Action deleteTopo(const std::string& topo) {
-  return action([=](Agent& a) { a.config->topoConfigDel(topo); }, "config->topoConfigDel(\"", topo, "\")");
+  return action(
+      [=](Agent& a) {
+        if (a.mayDeleteTopo(topo)) a.config->topoConfigDel(topo);
+      },
+      "config->topoConfigDel(\"", topo, "\")");
 }
 /// Deletes the configuration of a topology and makes it again with the same ports.
 [[nodiscard]] inline Action remakeTopo(const std::string& topo) {

@@ -79,6 +79,7 @@ class ViewPlay {
         stateWatch_(agent_.state, [this](const StateWatch::Change& change) { stateChanged(change); }),
         statusLog_(published_, agent_.config) {
     agent_.mayWriteStatusInst = [this] { return mayWriteStatus(); };
+    agent_.mayDeleteTopo = [this](const std::string& topo) { return !isPublisherOn_ || !isUntold(topo); };
     // Whoever reads an input is told of it beside the library, and must not change it on the way.
     statusLog_.actionIs([this](const std::string& line) {
       if (line.find(" config ") == std::string::npos) actInside();
@@ -106,6 +107,7 @@ class ViewPlay {
   }
   void startPublisher() {
     if (std::exchange(isPublisherOn_, true)) return;
+    announced_.clear();
     if (agent_.state->initDone()) noteLeftovers();
     publisherSm_ = publisherRoot_->topologyStatusLibSmIs(published_, agent_.state, agent_.config, agent_.intfDir);
   }
@@ -190,15 +192,40 @@ class ViewPlay {
   void stateChanged(const StateWatch::Change& change) {
     using Topology::Library::LibState;
     if (change.topo == nullptr && change.port == nullptr) {
-      if (const auto* const name = LibState::topoAttr.keyOf(change.id, change.key)) leftovers_.erase(*name);
+      if (const auto* const name = LibState::topoAttr.keyOf(change.id, change.key)) noteTopo(*name);
       if (LibState::initDoneAttr.is(change.id) && isPublisherOn_) noteLeftovers();
     }
     actInside();
   }
+  [[nodiscard]] const Topology::Library::TopoSm* publisherOf(const Mox::String& name) const {
+    return publisherSm_ ? std::as_const(*publisherSm_).topoSm(name) : nullptr;
+  }
+  /// Whether a topology has been announced, and not yet to the publisher. Those that its start or the end of the first
+  /// pass finds are not announced to it one by one.
+  [[nodiscard]] bool isUntold(const Mox::String& name) const {
+    const auto* const topo = std::as_const(*agent_.state).topo(name);
+    const auto* const topoSm = publisherOf(name);
+    return topo != nullptr && announced_.contains(name) && (topoSm == nullptr || topoSm->topo() != topo);
+  }
+  /// A topology has come or gone; the publisher learns it later.
+  void noteTopo(const Mox::String& name) {
+    leftovers_.erase(name);
+    if (std::as_const(*agent_.state).topo(name) != nullptr) {
+      if (agent_.state->initDone()) announced_.insert(name);
+      return;
+    }
+    announced_.erase(name);
+    // One that goes before the publisher comes to it leaves the status that the publisher has found.
+    const auto found = found_.find(name);
+    const bool isAsFound = found != found_.end() && found->second == published_->topoStatus(name);
+    if (isPublisherOn_ && isAsFound && publisherOf(name) == nullptr) leftovers_.insert(name);
+  }
   /// Statuses of topologies that are configured and not published stay where they are.
   void noteLeftovers() {
     leftovers_.clear();
+    found_.clear();
     for (const auto& [name, status] : published_->topoStatus()) {
+      found_.emplace(name, published_->topoStatus(name));
       const bool isPublished = std::as_const(*agent_.state).topo(name) != nullptr;
       if (!isPublished && (hasReaders_ || agent_.config->topoConfig(name) != nullptr)) leftovers_.insert(name);
     }
@@ -279,7 +306,9 @@ class ViewPlay {
   bool isInside_ = false;
   bool isRestarting_ = false;
   bool hasReaders_ = false;
+  std::map<Mox::String, Mox::Ptr<const Bridging::Topology::Inst::TopoStatus>> found_;
   std::set<Mox::String> leftovers_;
+  std::set<Mox::String> announced_;
   StateWatch stateWatch_;
   StatusLog statusLog_;
   std::string failure_;
