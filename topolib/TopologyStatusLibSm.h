@@ -13,6 +13,7 @@
 //
 // Rules
 //   - The instance status may be the one that the LibSm watches.
+//   - From its start on nobody else writes the instance status. It does not watch it, and would not notice.
 //   - A Topo whose configuration is gone when it is handled by its name aborts; the full synchronisation passes over it,
 //     since its removal is under way.
 //   - Destroying it leaves the instance status as it stands.
