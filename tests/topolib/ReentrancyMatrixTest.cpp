@@ -193,7 +193,7 @@ class ReentrancyMatrix : public testing::TestWithParam<Mode> {
 };
 
 TEST_P(ReentrancyMatrix, anyChangeAtAnyNotification) {
-  const std::vector<Action> all = changes();
+  const std::vector<Action>& all = changes();
   playAll(all, strideOver(all.size()));
 }
 
